@@ -1,0 +1,38 @@
+# Each target brings all that it needs: Debian's packages, the configuration and the build. See README.md.
+#   make demo               prints the sample document
+#   make test               builds and runs every test     SAN=address or SAN=thread: under a sanitizer
+#   make bench              measures the filter
+#   make lint               checks the formatting and runs the static analysis
+
+JOBS := $(shell nproc)
+SAN ?=
+PRESET := $(if $(SAN),$(SAN),release)
+BUILD := build/$(PRESET)
+
+.PHONY: demo test bench lint clean setup-build setup-test setup-bench setup-lint
+
+setup-build setup-test setup-bench setup-lint:
+	@scripts/setup.sh $(@:setup-%=%)
+
+demo: setup-build
+	@test -f $(BUILD)/CMakeCache.txt || cmake --preset $(PRESET) -DKESTO_TESTS=OFF
+	@cmake --build $(BUILD) -j$(JOBS) --target pdftokesto kesto_ppd
+	@scripts/demo.sh $(BUILD)
+
+test: setup-test
+	@cmake --preset $(PRESET) -DKESTO_TESTS=ON
+	@cmake --build $(BUILD) -j$(JOBS)
+	@ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+
+bench: setup-bench
+	@cmake --preset bench
+	@cmake --build build/bench -j$(JOBS)
+	@scripts/bench.sh build/bench
+
+lint: setup-lint
+	@cmake --preset clang -DKESTO_TESTS=ON -DKESTO_BENCH=ON
+	@cmake --build build/clang -j$(JOBS)
+	@scripts/lint.sh build/clang
+
+clean:
+	rm -rf build out

@@ -1,0 +1,34 @@
+# Build-wide settings: language level, warnings, sanitizers and hardening.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+option(KESTO_TESTS "Build the tests" ON)
+option(KESTO_BENCH "Build the benchmark" OFF)
+set(KESTO_SANITIZE "" CACHE STRING "Sanitizer: empty, address (with undefined behaviour) or thread")
+
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Wold-style-cast
+  -Woverloaded-virtual -Wformat=2 -Wundef -Werror)
+
+if(KESTO_SANITIZE STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=address,undefined)
+elseif(KESTO_SANITIZE STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=thread)
+elseif(KESTO_SANITIZE)
+  message(FATAL_ERROR "KESTO_SANITIZE is '${KESTO_SANITIZE}'; it takes address or thread")
+elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  add_link_options(-Wl,-z,relro -Wl,-z,now)
+  include(CheckPIESupported)
+  check_pie_supported()
+endif()

@@ -1,0 +1,30 @@
+#!/bin/sh
+# Installs the Debian packages that a make target needs; does nothing when they are there.
+#   scripts/setup.sh build|test|bench|lint
+set -eu
+
+build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters"
+case "${1:-build}" in
+  build) packages="$build" ;;
+  test) packages="$build libgtest-dev libjpeg62-turbo-dev" ;;
+  bench) packages="$build libbenchmark-dev" ;;
+  lint) packages="$build libgtest-dev libjpeg62-turbo-dev libbenchmark-dev clang clang-format clang-tidy" ;;
+  *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
+esac
+
+missing=""
+for package in $packages; do
+  if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then
+    missing="$missing $package"
+  fi
+done
+[ -z "$missing" ] && exit 0
+
+root=""
+[ "$(id -u)" -eq 0 ] || root="sudo"
+echo "Installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+# Package lists may be absent or stale; a list that cannot be refreshed is no reason to stop by itself.
+$root apt-get update -q >/dev/null || true
+# shellcheck disable=SC2086
+$root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends $missing >/dev/null

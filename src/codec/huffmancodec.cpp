@@ -1,0 +1,186 @@
+#include "codec/huffmancodec.h"
+
+#include <algorithm>
+#include <numeric>
+#include <span>
+
+namespace kesto {
+namespace {
+
+using CodeCounts = std::span<const std::uint32_t, CODE_LENGTHS>;
+
+/// Walks the codes of a specification in order and hands (symbol's position, code, length) to `define`, which ends
+/// the walk by returning a status other than 0.
+template <class Define>
+std::int32_t forEachCode(CodeCounts counts, Define define) {
+  std::uint32_t code = 0;
+  std::uint32_t position = 0;
+  for (std::uint32_t length = 1; length <= CODE_LENGTHS; ++length) {
+    for (std::uint32_t i = 0; i < counts[length - 1]; ++i) {
+      const std::int32_t status = define(position, code, length);
+      if (status != CODEC_OK) return status;
+      ++code;
+      ++position;
+    }
+    code <<= 1;
+  }
+  return CODEC_OK;
+}
+
+void defineCode(HuffmanCode& entry, std::uint32_t code, std::uint32_t length) {
+  entry.code = code;
+  entry.length = length;
+  ++entry.count;
+}
+
+bool definedTwice(std::span<const HuffmanCode> codes) {
+  return std::any_of(codes.begin(), codes.end(), [](const HuffmanCode& entry) { return entry.count > 1; });
+}
+
+std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+  table.dcCodes.fill(HuffmanCode{});
+  const std::int32_t status =
+      forEachCode(counts, [&](std::uint32_t position, std::uint32_t code, std::uint32_t length) -> std::int32_t {
+        // Of seventeen DC symbols one comes twice, so the list is never read further than the longest valid one.
+        if (position >= DC_SYMBOL_COUNT) return CODEC_INVALID_SYMBOL;
+        const std::uint32_t symbol = symbols[position];
+        if (symbol >= DC_SYMBOL_COUNT) return CODEC_DC_SYMBOL_RANGE;
+        table.source.dcSymbols[position] = symbol;
+        defineCode(table.dcCodes[symbol], code, length);
+        return CODEC_OK;
+      });
+  if (status != CODEC_OK) return status;
+  return definedTwice(std::span(table.dcCodes).first<BASELINE_DC_CODES>()) ? CODEC_INVALID_SYMBOL : CODEC_OK;
+}
+
+std::int32_t generateACCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+  table.acCodes.fill(HuffmanCode{});
+  const std::int32_t status =
+      forEachCode(counts, [&](std::uint32_t position, std::uint32_t code, std::uint32_t length) -> std::int32_t {
+        if (position >= AC_SYMBOL_COUNT) return CODEC_TOO_MANY_AC_CODES;
+        const std::int32_t index = codecCodeIndex(symbols[position]);
+        if (index < 0) return CODEC_INVALID_SYMBOL;
+        table.source.acSymbols[position] = symbols[position];
+        defineCode(table.acCodes[static_cast<std::size_t>(index)], code, length);
+        return CODEC_OK;
+      });
+  if (status != CODEC_OK) return status;
+  return definedTwice(table.acCodes) ? CODEC_INVALID_SYMBOL : CODEC_OK;
+}
+
+void recordACLengths(CodeCounts counts, HuffmanCodeTable& table) {
+  std::uint32_t code = 0;
+  std::uint32_t position = 0;
+  for (std::size_t i = 0; i < CODE_LENGTHS; ++i) {
+    table.acLengths[i] = {code, code + counts[i] - 1, position};
+    code = (code + counts[i]) << 1;
+    position += counts[i];
+  }
+}
+
+/// True when `table` stands for the given specification. The symbol lists are compared as far as the counts reach:
+/// a caller's list may be no longer than that.
+bool standsFor(const HuffmanCodeTable& table, CodeCounts dcCounts, const std::uint32_t* dcSymbols, CodeCounts acCounts,
+               const std::uint32_t* acSymbols) {
+  if (table.generated == 0) return false;
+  const HuffmanSpecification& source = table.source;
+  if (!std::equal(dcCounts.begin(), dcCounts.end(), source.dcCounts.begin())) return false;
+  if (!std::equal(acCounts.begin(), acCounts.end(), source.acCounts.begin())) return false;
+  const std::uint32_t dcTotal = std::accumulate(dcCounts.begin(), dcCounts.end(), std::uint32_t{0});
+  const std::uint32_t acTotal = std::accumulate(acCounts.begin(), acCounts.end(), std::uint32_t{0});
+  return std::equal(dcSymbols, dcSymbols + dcTotal, source.dcSymbols.begin()) &&
+         std::equal(acSymbols, acSymbols + acTotal, source.acSymbols.begin());
+}
+
+std::int32_t checkSpecification(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
+                                const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
+                                const HuffmanCodeTable* table) {
+  if (dcCounts == nullptr) return CODEC_NO_DC_COUNTS;
+  if (acCounts == nullptr) return CODEC_NO_AC_COUNTS;
+  if (acSymbols == nullptr) return CODEC_NO_AC_SYMBOLS;
+  return dcSymbols == nullptr || table == nullptr ? CODEC_NULL_POINTER : CODEC_OK;
+}
+
+/// Fills the entries of a lookup that begin with `code`. A specification with more codes than fit has codes beyond
+/// the lookup's end: no word begins with those.
+template <class Lookup, std::size_t Size>
+void fillLookup(std::array<Lookup, Size>& lookup, std::uint32_t bits, const HuffmanCode& code, Lookup entry) {
+  const std::size_t first = static_cast<std::size_t>(code.code) << (bits - code.length);
+  const std::size_t end = first + (std::size_t{1} << (bits - code.length));
+  if (end <= Size) std::fill(lookup.begin() + first, lookup.begin() + end, entry);
+}
+
+}  // namespace
+
+std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
+                                const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
+                                HuffmanCodeTable* table) {
+  const std::int32_t missing = checkSpecification(dcCounts, dcSymbols, acCounts, acSymbols, table);
+  if (missing != CODEC_OK) return missing;
+  table->generated = 0;
+  table->lookupsBuilt = 0;
+  const CodeCounts dc(dcCounts, CODE_LENGTHS);
+  const CodeCounts ac(acCounts, CODE_LENGTHS);
+  std::copy(dc.begin(), dc.end(), table->source.dcCounts.begin());
+  std::copy(ac.begin(), ac.end(), table->source.acCounts.begin());
+  std::int32_t status = generateDCCodes(dc, dcSymbols, *table);
+  if (status == CODEC_OK) status = generateACCodes(ac, acSymbols, *table);
+  if (status != CODEC_OK) return status;
+  recordACLengths(ac, *table);
+  table->generated = 1;
+  return CODEC_OK;
+}
+
+std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
+                             const std::uint32_t* acCounts, const std::uint32_t* acSymbols, HuffmanCodeTable* table) {
+  const std::int32_t missing = checkSpecification(dcCounts, dcSymbols, acCounts, acSymbols, table);
+  if (missing != CODEC_OK) return missing;
+  if (standsFor(*table, CodeCounts(dcCounts, CODE_LENGTHS), dcSymbols, CodeCounts(acCounts, CODE_LENGTHS), acSymbols)) {
+    return CODEC_OK;
+  }
+  return codecGenerateCodes(dcCounts, dcSymbols, acCounts, acSymbols, table);
+}
+
+void codecBuildLookups(HuffmanCodeTable* table) {
+  if (table->generated == 0 || table->lookupsBuilt != 0) return;
+  table->dcLookup.fill(NO_SHORT_DC_CODE);
+  table->acLookup.fill(HuffmanLookup{});
+  for (std::size_t symbol = 0; symbol < DC_SYMBOL_COUNT; ++symbol) {
+    const HuffmanCode& code = table->dcCodes[symbol];
+    if (code.count != 0 && code.length <= 8) {
+      fillLookup(table->dcLookup, 8, code, static_cast<std::uint8_t>(symbol));
+    }
+  }
+  for (std::size_t index = 0; index < AC_SYMBOL_COUNT; ++index) {
+    const HuffmanCode& code = table->acCodes[index];
+    const auto symbol = static_cast<std::uint32_t>(codecRSSymbol(static_cast<std::int32_t>(index)));
+    if (code.count != 0) fillLookup(table->acLookup, 16, code, HuffmanLookup{symbol, code.length});
+  }
+  table->lookupsBuilt = 1;
+}
+
+std::int32_t codecDCCode(std::uint32_t size, std::uint32_t* code, std::uint32_t* length,
+                         const HuffmanCodeTable* table) {
+  if (code == nullptr) return CODEC_NO_CODE_POINTER;
+  if (length == nullptr) return CODEC_NO_CODE_LENGTH_POINTER;
+  if (size >= BASELINE_DC_CODES) return CODEC_DC_SIZE;
+  const HuffmanCode& entry = table->dcCodes[size];
+  if (entry.count == 0) return CODEC_INVALID_SYMBOL;
+  *code = entry.code;
+  *length = entry.length;
+  return CODEC_OK;
+}
+
+std::int32_t codecACCode(std::uint32_t rs, std::uint32_t* code, std::uint32_t* length, const HuffmanCodeTable* table) {
+  if (code == nullptr) return CODEC_NO_CODE_POINTER;
+  if (length == nullptr) return CODEC_NO_CODE_LENGTH_POINTER;
+  const std::int32_t index = codecCodeIndex(rs);
+  if (index < 0) return CODEC_INVALID_SYMBOL;
+  const HuffmanCode& entry = table->acCodes[static_cast<std::size_t>(index)];
+  if (entry.count == 0) return CODEC_INVALID_SYMBOL;
+  *code = entry.code;
+  *length = entry.length;
+  return CODEC_OK;
+}
+
+}  // namespace kesto

@@ -1,0 +1,130 @@
+#include "filter/imagethread.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "codec/colorconvert.h"
+#include "filter/joberror.h"
+#include "filter/jobstate.h"
+#include "filter/lineblock.h"
+#include "filter/pagepipeline.h"
+#include "hdc/poll.h"
+#include "jobsettings/jobsettings.h"
+
+namespace kesto {
+namespace {
+
+/// Values of a white pixel in the three planes.
+constexpr std::uint8_t WHITE_Y = 0xFF;
+constexpr std::uint8_t WHITE_CHROMA = 0x80;
+
+/// The image thread's records and buffers, reused for every block.
+class BlockProcessor {
+ public:
+  explicit BlockProcessor(const std::atomic<std::uint8_t>& running)
+      : running_(running), settings_(std::make_unique<WicketSettings>()), coder_(std::make_unique<WicketCoder>()) {}
+
+  /// Waits for a line block, takes it, and compresses it. False when the thread is to end.
+  bool processNext() {
+    if (!waitForBytes(LINE_BLOCK_HEADER_SIZE)) return false;
+    gBlockProcessingCompleted.store(0, std::memory_order_release);
+    if (!takeBlock()) return false;
+    compress();
+    gBlockProcessingCompleted.store(1, std::memory_order_release);
+    return true;
+  }
+
+ private:
+  bool waitForBytes(std::uint32_t count) {
+    pollUntil([&] {
+      return static_cast<std::uint32_t>(cbufferGetAvailableBytes(&imageLineBlockBuffer)) >= count || stopped();
+    });
+    return !stopped();
+  }
+
+  [[nodiscard]] bool stopped() const { return running_.load(std::memory_order_acquire) == 0; }
+
+  bool takeBlock() {
+    std::array<std::uint8_t, LINE_BLOCK_HEADER_SIZE> bytes;
+    if (!cbufferReadBytes(&imageLineBlockBuffer, bytes.data(), LINE_BLOCK_HEADER_SIZE)) return false;
+    std::memcpy(&header_, bytes.data(), bytes.size());
+    if (!waitForBytes(header_.imageSize + header_.tagSize)) return false;
+    image_.resize(header_.imageSize);
+    tags_.resize(header_.tagSize);
+    return cbufferReadBytes(&imageLineBlockBuffer, image_.data(), header_.imageSize) &&
+           cbufferReadBytes(&imageLineBlockBuffer, tags_.data(), header_.tagSize);
+  }
+
+  void compress() {
+    const std::uint32_t width = header_.bytesPerLine / header_.bytesPerPixel;
+    const std::uint32_t pixelCount = header_.imageSize / header_.bytesPerPixel;
+    if (jobsetting->isColor != 0) convertToPlanes(width, pixelCount);
+    const std::uint8_t lastBand = isLastBand(width, pixelCount) ? 1 : 0;
+    compress_and_send(settings_.get(), coder_.get(), header_.firstLine, width, pixelCount, y_.data(), cb_.data(),
+                      cr_.data(), image_.data(), tags_.data(), lastBand);
+  }
+
+  void convertToPlanes(std::uint32_t width, std::uint32_t pixelCount) {
+    y_.assign(pixelCount, WHITE_Y);
+    cb_.assign(pixelCount, WHITE_CHROMA);
+    cr_.assign(pixelCount, WHITE_CHROMA);
+    rgbtoYCbCr(static_cast<std::int32_t>(header_.bytesPerLine), static_cast<std::int32_t>(header_.imageSize),
+               image_.data(), static_cast<std::int32_t>(width), static_cast<std::int32_t>(pixelCount), y_.data(),
+               cb_.data(), cr_.data(), 1);
+  }
+
+  bool isLastBand(std::uint32_t width, std::uint32_t pixelCount) {
+    if (pagePixels_ == 0) pagePixels_ = std::uint64_t{width} * header_.pageHeight;
+    pixelsTaken_ += pixelCount;
+    if (pixelsTaken_ < pagePixels_) return false;
+    pixelsTaken_ = 0;
+    return true;
+  }
+
+  const std::atomic<std::uint8_t>& running_;
+  std::unique_ptr<WicketSettings> settings_;
+  std::unique_ptr<WicketCoder> coder_;
+  LineBlockHeader header_;
+  std::vector<std::uint8_t> image_, tags_, y_, cb_, cr_;
+  std::uint64_t pagePixels_ = 0;   ///< of the job's every page, from its first block
+  std::uint64_t pixelsTaken_ = 0;  ///< of the current page
+};
+
+}  // namespace
+
+void* process_image_thread(void* runFlag) {
+  auto& running = *static_cast<std::atomic<std::uint8_t>*>(runFlag);
+  try {
+    gCacheBands.clear();
+    gCacheBandIndex = 0;
+    BlockProcessor processor(running);
+    running.store(1, std::memory_order_release);
+    while (processor.processNext()) {
+    }
+  } catch (const std::bad_alloc&) {
+    imageThreadFailure.store(ENOMEM, std::memory_order_release);
+  }
+  return nullptr;
+}
+
+void ImageThread::ensureRunning() {
+  if (joinable_) return;
+  const int error = pthread_create(&thread_, nullptr, process_image_thread, &imageProcessorContext);
+  if (error != 0) failJobWithText("ERROR: Unable to ran process_image_thread!", error);
+  joinable_ = true;
+  waitInJob([] { return imageProcessorContext.load(std::memory_order_acquire) != 0; });
+}
+
+void ImageThread::stop() {
+  if (!joinable_) return;
+  imageProcessorContext.store(0, std::memory_order_release);
+  pthread_join(thread_, nullptr);
+  joinable_ = false;
+}
+
+}  // namespace kesto

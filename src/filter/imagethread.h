@@ -1,0 +1,28 @@
+// The image thread as the job thread sees it.
+#pragma once
+
+#include <pthread.h>
+
+namespace kesto {
+
+/// Owns the thread that runs process_image_thread. Job thread only.
+class ImageThread {
+ public:
+  ImageThread() = default;
+  ImageThread(const ImageThread&) = delete;
+  ImageThread& operator=(const ImageThread&) = delete;
+  ~ImageThread() { stop(); }
+
+  /// Starts the thread unless it has been started. Returns once the thread has set its run flag, so that a stop that
+  /// follows at once cannot be overwritten. Ends the job when no thread can be made.
+  void ensureRunning();
+
+  /// Clears the run flag and waits for the thread to end.
+  void stop();
+
+ private:
+  pthread_t thread_ = {};
+  bool joinable_ = false;
+};
+
+}  // namespace kesto

@@ -1,0 +1,47 @@
+#include "filter/joberror.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "filter/jobstate.h"
+#include "hdc/hdc.h"
+#include "hdc/report.h"
+
+namespace kesto {
+
+void failJob(std::string message, int error) {
+  throw JobError{std::move(message), error, true};
+}
+
+void failJobWithText(std::string message, int error) {
+  throw JobError{std::move(message), error, false};
+}
+
+int endFailedJob(const JobError& failure) {
+  if (!failure.message.empty()) {
+    if (failure.withReason) {
+      reportErrno(failure.message.c_str(), failure.error);
+    } else {
+      report("%s\n", failure.message.c_str());
+    }
+  }
+  return failure.error != 0 ? failure.error : EIO;
+}
+
+bool threadsFailed() {
+  return hdcFailure() != 0 || imageThreadFailure.load(std::memory_order_acquire) != 0;
+}
+
+void checkThreads() {
+  const int imageError = imageThreadFailure.load(std::memory_order_acquire);
+  if (imageError != 0) failJob("ERROR: Unable to allocate memory!", imageError);
+
+  const int outputError = hdcFailure();
+  if (outputError == 0) return;
+  if (outputError == ENOMEM) failJob("ERROR: Unable to allocate memory!", outputError);
+  // A spooler that cancels a job ends the backend as well; the broken pipe that follows is no news to anybody.
+  if (isTerminated.load(std::memory_order_acquire) != 0) failJobWithText({}, outputError);
+  failJob("ERROR: Unable to write the print data", outputError);
+}
+
+}  // namespace kesto

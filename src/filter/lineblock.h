@@ -1,0 +1,65 @@
+// The line block: the unit of raster that the job thread hands to the image thread.
+//
+//   header   six 32-bit words in host byte order: firstLine, bytesPerPixel, bytesPerLine, imageSize, tagSize,
+//   pageHeight image    8 rows of bytesPerLine bytes tags     8 rows of one byte per pixel
+//
+// A block lies in memory in exactly this order without gaps, so that it goes through the ring as one run of bytes.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kesto {
+
+inline constexpr std::uint32_t LINES_PER_BLOCK = 8;
+
+/// What the whole job's pages share; fixed by the first raster page header.
+struct PageGeometry {
+  std::uint32_t pixelWidth = 0;     ///< pixels of a line, a multiple of 16
+  std::uint32_t pixelHeight = 0;    ///< lines of a page, a multiple of 8
+  std::uint32_t bytesPerPixel = 0;  ///< 3 for RGB, 1 for grey
+
+  [[nodiscard]] std::uint32_t bytesPerLine() const { return pixelWidth * bytesPerPixel; }
+};
+
+struct LineBlockHeader {
+  std::uint32_t firstLine = 0;
+  std::uint32_t bytesPerPixel = 0;
+  std::uint32_t bytesPerLine = 0;
+  std::uint32_t imageSize = 0;
+  std::uint32_t tagSize = 0;
+  std::uint32_t pageHeight = 0;
+};
+inline constexpr std::uint32_t LINE_BLOCK_HEADER_SIZE = 24;
+static_assert(sizeof(LineBlockHeader) == LINE_BLOCK_HEADER_SIZE, "the header's words lie without gaps");
+
+/// The tag of every pixel: the renderer delivers pixels, not objects, so that no page has any other.
+inline constexpr std::uint8_t PAGE_TAG = 3;
+
+/// A line block under construction.
+class LineBlock {
+ public:
+  /// A white block for pages of this geometry. Throws std::bad_alloc.
+  explicit LineBlock(const PageGeometry& geometry);
+
+  /// Makes every image row white and every tag PAGE_TAG.
+  void reset();
+
+  void setFirstLine(std::uint32_t line);
+
+  /// All 8 image rows.
+  [[nodiscard]] std::span<std::uint8_t> imageRows();
+
+  /// Image row `slot`, 0 to 7.
+  [[nodiscard]] std::span<std::uint8_t> imageRow(std::uint32_t slot);
+
+  /// The whole block as it goes through the ring.
+  [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+ private:
+  LineBlockHeader header_;
+  std::vector<std::uint8_t> bytes_;
+};
+
+}  // namespace kesto

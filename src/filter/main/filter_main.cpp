@@ -1,0 +1,17 @@
+// pdftokesto: the entry of the program. What a job does is told in filter/printjob.h.
+#include <cerrno>
+#include <cstdio>
+#include <new>
+
+#include "filter/joberror.h"
+#include "filter/printjob.h"
+
+int main(int argc, char* argv[]) {
+  try {
+    return kesto::runJob(argc, argv);
+  } catch (const kesto::JobError& failure) {
+    return kesto::endFailedJob(failure);
+  } catch (const std::bad_alloc&) {
+    return kesto::endFailedJob({"ERROR: Unable to allocate memory!", ENOMEM});
+  }
+}

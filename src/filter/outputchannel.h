@@ -1,0 +1,20 @@
+// The output channel as the job holds it: started before the first byte, drained and stopped after the last one.
+#pragma once
+
+namespace kesto {
+
+/// Owns the channel's print thread. Job thread only.
+class OutputChannel {
+ public:
+  /// Makes the channel's ring and starts its print thread; ends the job when either fails.
+  explicit OutputChannel(const char* connectivity);
+  OutputChannel(const OutputChannel&) = delete;
+  OutputChannel& operator=(const OutputChannel&) = delete;
+  /// Stops the print thread. Bytes that `finish` has not drained are lost, as the job has failed.
+  ~OutputChannel();
+
+  /// Returns once every byte has reached standard output; ends the job when that fails.
+  void finish();
+};
+
+}  // namespace kesto

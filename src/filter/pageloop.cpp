@@ -1,0 +1,133 @@
+#include "filter/pageloop.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "filter/joberror.h"
+#include "filter/jobstate.h"
+#include "filter/pagepipeline.h"
+#include "hdc/report.h"
+#include "jobsettings/jobsettings.h"
+
+namespace kesto {
+namespace {
+
+constexpr std::uint32_t BLOCKS_IN_RING = 10;
+constexpr std::uint32_t WIDTH_MULTIPLE = 16;
+
+/// The widest line that an image strip's 16-bit width can tell.
+constexpr std::uint32_t MAX_PIXEL_WIDTH = 65520;
+
+constexpr std::uint32_t roundUp(std::uint32_t value, std::uint32_t multiple) {
+  return (value + multiple - 1) / multiple * multiple;
+}
+
+/// The geometry of all pages of the job. Nothing in it has been bounded by the print data before: a custom width comes
+/// out of margins and limits that anybody may have written into a PPD.
+PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting& setting, PixelFormat format) {
+  const bool custom = setting.mediaSizeType == MEDIA_SIZE_CUSTOM;
+  PageGeometry geometry;
+  geometry.pixelWidth =
+      custom ? static_cast<std::uint32_t>(setting.customPixelWidth) : roundUp(header.cupsWidth, WIDTH_MULTIPLE);
+  geometry.pixelHeight = roundUp(header.cupsHeight, LINES_PER_BLOCK);
+  geometry.bytesPerPixel = bytesPerPixel(format);
+  if (custom) {
+    report("customPixWid=%d ", setting.customPixelWidth);
+  } else {
+    report("pixWid=%u ", geometry.pixelWidth);
+  }
+  report("pixHt=%u\n", geometry.pixelHeight);
+  if (geometry.pixelWidth == 0 || geometry.pixelWidth > MAX_PIXEL_WIDTH || geometry.pixelWidth % WIDTH_MULTIPLE != 0) {
+    failJobWithText("ERROR: The paper size leaves a line of " + std::to_string(setting.customPixelWidth) +
+                        " pixels, which cannot be printed",
+                    EINVAL);
+  }
+  return geometry;
+}
+
+}  // namespace
+
+PageLoop::PageLoop(RasterStream& raster, const char* fileType, bool pageFollows)
+    : raster_(raster),
+      pageFollows_(pageFollows),
+      jobSheet_(fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0),
+      format_(jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY) {
+  if (!pageFollows_) return;
+  geometry_ = decideGeometry(*raster_.header(), *jobsetting, format_);
+  whiteLine_.assign(geometry_.bytesPerLine(), 0xFF);
+  lineBuffer_.resize(geometry_.bytesPerLine());
+  block_.emplace(geometry_);
+  const auto blockSize = static_cast<std::uint32_t>(block_->bytes().size());
+  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockSize)) failJobWithText({}, ENOMEM);
+}
+
+PageLoop::~PageLoop() {
+  imageThread_.stop();
+  free();
+}
+
+void PageLoop::free() {
+  cbufferFree(&imageLineBlockBuffer);
+  whiteLine_ = {};
+  lineBuffer_ = {};
+  block_.reset();
+}
+
+void PageLoop::run() {
+  while (pageFollows_ && isTerminated.load(std::memory_order_acquire) == 0) {
+    printPage();
+    if (jobSheet_) {
+      leftEarly_ = true;
+      return;
+    }
+    pageFollows_ = raster_.readHeader();
+  }
+}
+
+void PageLoop::printPage() {
+  start_page();
+  ++pageCount_;
+  report("PAGE: %d %u\n", pageCount_, raster_.header()->NumCopies);
+  imageThread_.ensureRunning();
+  readPage();
+  finishPage();
+}
+
+void PageLoop::readPage() {
+  block_->reset();
+  for (std::uint32_t line = 0; line < geometry_.pixelHeight; ++line) {
+    const std::uint32_t slot = line % LINES_PER_BLOCK;
+    raster_.readLine(format_, lineBuffer_);
+    if (lineBuffer_ != whiteLine_) {
+      std::ranges::copy(lineBuffer_, block_->imageRow(slot).begin());
+      if (jobsetting->mirror == MIRROR_BY_FILTER) mirrorRow(slot);
+    }
+    if (slot == LINES_PER_BLOCK - 1) submitBlock(line - slot);
+  }
+  raster_.dropRestOfPage();
+}
+
+void PageLoop::mirrorRow(std::uint32_t slot) {
+  const auto start = static_cast<std::int32_t>(slot * geometry_.bytesPerLine());
+  const auto end = static_cast<std::int32_t>((slot + 1) * geometry_.bytesPerLine() - geometry_.bytesPerPixel);
+  implement_mirorr_on(block_->imageRows().data(), start, end, geometry_.bytesPerPixel);
+}
+
+void PageLoop::submitBlock(std::uint32_t firstLine) {
+  block_->setFirstLine(firstLine);
+  const auto bytes = block_->bytes();
+  const auto size = static_cast<std::uint32_t>(bytes.size());
+  // A block goes in whole as soon as it fits; this thread is the ring's only writer, so that the room cannot shrink.
+  waitInJob([&] { return cbufferWriteBytes(&imageLineBlockBuffer, bytes.data(), size); });
+  block_->reset();
+}
+
+void PageLoop::finishPage() {
+  waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
+  waitInJob([] { return gBlockProcessingCompleted.load(std::memory_order_acquire) != 0; });
+  end_page();
+}
+
+}  // namespace kesto

@@ -1,0 +1,60 @@
+// The page loop: every raster page is cut into line blocks for the image thread, between a page start and a page end.
+//
+// Job thread only; it owns the producer side of imageLineBlockBuffer and the image thread's handle.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "filter/imagethread.h"
+#include "filter/lineblock.h"
+#include "filter/rasterstream.h"
+
+namespace kesto {
+
+class PageLoop {
+ public:
+  /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
+  /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
+  /// of the file, or null; `pageFollows` tells whether the header has been read.
+  PageLoop(RasterStream& raster, const char* fileType, bool pageFollows);
+  PageLoop(const PageLoop&) = delete;
+  PageLoop& operator=(const PageLoop&) = delete;
+  ~PageLoop();
+
+  /// Prints page after page until the raster ends, after the first page of a job sheet, or after SIGTERM; a page that
+  /// has begun is finished first.
+  void run();
+
+  /// Frees the line-block ring and the buffers. The image thread may still be running; it finds nothing to do.
+  void free();
+
+  void stopImageThread() { imageThread_.stop(); }
+
+  /// Pages read from the raster.
+  [[nodiscard]] int pageCount() const { return pageCount_; }
+
+  /// True when the loop ended although the raster may hold further pages.
+  [[nodiscard]] bool leftEarly() const { return leftEarly_; }
+
+ private:
+  void printPage();
+  void readPage();
+  void submitBlock(std::uint32_t firstLine);
+  void finishPage();
+  void mirrorRow(std::uint32_t slot);
+
+  RasterStream& raster_;
+  bool pageFollows_;
+  bool jobSheet_;
+  PixelFormat format_;
+  PageGeometry geometry_;
+  std::vector<std::uint8_t> whiteLine_, lineBuffer_;
+  std::optional<LineBlock> block_;
+  ImageThread imageThread_;
+  int pageCount_ = 0;
+  bool leftEarly_ = false;
+};
+
+}  // namespace kesto

@@ -1,0 +1,170 @@
+#include "filter/printjob.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include <pthread.h>
+#include <signal.h>
+
+#include "filter/device.h"
+#include "filter/imagethread.h"
+#include "filter/inputfile.h"
+#include "filter/joberror.h"
+#include "filter/jobstate.h"
+#include "filter/outputchannel.h"
+#include "filter/pageloop.h"
+#include "filter/pdfinspector-linux.h"
+#include "filter/rasterstream.h"
+#include "filter/renderer.h"
+#include "filter/session.h"
+#include "hdc/report.h"
+#include "jobsettings/jobsettings.h"
+#include "jobsettings/option_source.h"
+#include "jobsettings/pjl.h"
+
+namespace kesto {
+namespace {
+
+/// Positions in the argument list that the spooler gives.
+enum Argument { PROGRAM, JOB_ID, USER, TITLE, COPIES, OPTIONS, FILE_NAME };
+
+void signalHandler(int number, siginfo_t*, void*) {
+  if (number == SIGTERM) isTerminated.store(1, std::memory_order_release);
+}
+
+void installSignalHandlers() {
+  struct sigaction action = {};
+  action.sa_sigaction = signalHandler;
+  action.sa_flags = SA_RESTART | SA_SIGINFO;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGTERM, &action, &oldaction);
+  // A backend that closes its end shows up as a failed write, which is reported.
+  signal(SIGPIPE, SIG_IGN);
+}
+
+InputFile findInput(int argc, char* argv[]) {
+  return argc > FILE_NAME ? InputFile(argv[FILE_NAME]) : InputFile::copyOfStandardInput();
+}
+
+/// The thread that asks the PDF page source for the document's pages.
+class PdfInspection {
+ public:
+  explicit PdfInspection(const std::string& pdf) : pdf_(pdf) {
+    const int error = pthread_create(&thread_, nullptr, process_pdf_thread, pdf_.data());
+    if (error != 0) failJobWithText("ERROR: Unable to ran process_pdf_thread!", error);
+  }
+  PdfInspection(const PdfInspection&) = delete;
+  PdfInspection& operator=(const PdfInspection&) = delete;
+  ~PdfInspection() {
+    join();
+    pdfDestroyPages(&pages);
+  }
+  void join() {
+    if (joinable_) pthread_join(thread_, nullptr);
+    joinable_ = false;
+  }
+
+ private:
+  std::string pdf_;
+  pthread_t thread_ = {};
+  bool joinable_ = true;
+};
+
+/// The job setting record, reached through `jobsetting` while it lives.
+class Settings {
+ public:
+  Settings(cups_page_header2_t* header, const char* options) : record_(std::make_unique<JobSetting>()) {
+    initializeJobSetting(record_.get(), header, options);
+    jobsetting = record_.get();
+  }
+  Settings(const Settings&) = delete;
+  Settings& operator=(const Settings&) = delete;
+  ~Settings() { free(); }
+  void free() {
+    jobsetting = nullptr;
+    record_.reset();
+    releaseOptionSource();
+  }
+
+ private:
+  std::unique_ptr<JobSetting> record_;
+};
+
+/// Ends the renderer: with its raster read to the end it may end by itself, and its status says how it went.
+void endRenderer(Renderer& renderer, const PageLoop& loop) {
+  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly()) {
+    renderer.stop();
+  } else {
+    renderer.finish();
+  }
+}
+
+/// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
+void reportIncomplete(const Renderer& renderer, const RasterStream& raster, const PageLoop& loop) {
+  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly() || renderer.execFailed()) return;
+  if (!raster.fault().empty()) {
+    report("ERROR: Page %d is not printed: %s.\n", loop.pageCount() + 1, raster.fault().c_str());
+    return;
+  }
+  const auto failure = renderer.failure();
+  if (loop.pageCount() == 0) {
+    report("ERROR: The document has no page that can be printed%s%s. It may be empty, damaged or protected.\n",
+           failure ? ": pdftoraster " : "", failure.value_or("").c_str());
+  } else if (raster.endedEarly() || failure) {
+    report("ERROR: The document is incomplete: pdftoraster %s at page %d.\n", failure.value_or("ended early").c_str(),
+           loop.pageCount());
+  }
+}
+
+}  // namespace
+
+int runJob(int argc, char* argv[]) {
+  const char* fileType = getenv("CUPS_FILETYPE");
+  report("START MAIN\n");
+  const char* uri = getenv("DEVICE_URI");
+  const Device device = parseDeviceUri(uri != nullptr ? uri : "");
+  connectivityType = device.connectivity;
+  setvbuf(stderr, nullptr, _IONBF, 0);
+  if (argc != OPTIONS + 1 && argc != FILE_NAME + 1) {
+    report("Usage: %s job user title copies options [filename]\n", argc > 0 ? argv[PROGRAM] : "pdftokesto");
+    return 1;
+  }
+  installSignalHandlers();
+
+  const InputFile pdf = findInput(argc, argv);
+  PdfInspection inspection(pdf.name());
+  const char* serverBin = getenv("CUPS_SERVERBIN");
+  uncollatedCopies_Prototype = decimalInteger(argv[COPIES]);
+  Renderer renderer(serverBin != nullptr ? serverBin : "/usr/lib/cups", argv, pdf.name());
+  inspection.join();
+
+  RasterStream raster(renderer);
+  const bool pageFollows = raster.readHeader();
+  if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
+  Settings settings(raster.header(), argv[OPTIONS]);
+  PageLoop loop(raster, fileType, pageFollows);
+
+  OutputChannel output(connectivityType);
+  writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);
+  startSession(jobsetting->resolution);
+  loop.run();
+
+  loop.free();
+  settings.free();
+  raster.close();
+  endRenderer(renderer, loop);
+  endSession();
+  writePJLEndOfJob();
+  output.finish();
+  loop.stopImageThread();
+  reportIncomplete(renderer, raster, loop);
+  report("END MAIN\n");
+  report("IS terminated %d\n", isTerminated.load(std::memory_order_acquire));
+  return 0;
+}
+
+}  // namespace kesto

@@ -1,0 +1,139 @@
+#include "filter/rasterstream.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <unistd.h>
+
+#include "filter/descriptor.h"
+#include "filter/joberror.h"
+#include "filter/jobstate.h"
+
+namespace kesto {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+/// The widest line whose length, rounded up to a multiple of 16, is a 16-bit SourceWidth, and the highest page whose
+/// last strip still begins at a signed 16-bit Point.
+constexpr unsigned MAX_WIDTH = 65520;
+constexpr unsigned MAX_HEIGHT = 32768;
+
+/// A renderer that has ended can leave a process of its own that keeps the pipe open without writing.
+constexpr milliseconds ORPHAN_SILENCE{300};
+
+/// After SIGTERM the page that has begun is to be finished, but not at any price: how long the renderer may be silent,
+/// and how long it may take in all.
+constexpr milliseconds CANCEL_SILENCE{400};
+constexpr milliseconds CANCEL_TIME{2500};
+
+/// Makes sure that a text field of a header ends.
+template <std::size_t N>
+void terminate(char (&text)[N]) {
+  text[N - 1] = '\0';
+}
+
+/// Fills in what a first header may leave open.
+void applyDefaults(cups_page_header2_t& header) {
+  if (header.cupsBitsPerPixel == 0) header.cupsBitsPerPixel = header.cupsColorSpace != CUPS_CSPACE_W ? 24 : 8;
+  header.cupsBitsPerColor = 8;
+}
+
+/// What makes a header unusable, or empty. Every number is checked that memory or positions are computed from.
+std::string findFault(const cups_page_header2_t& header) {
+  if (header.cupsWidth == 0 || header.cupsHeight == 0 || header.cupsWidth > MAX_WIDTH ||
+      header.cupsHeight > MAX_HEIGHT) {
+    return "a page of " + std::to_string(header.cupsWidth) + " x " + std::to_string(header.cupsHeight) +
+           " pixels cannot be printed";
+  }
+  if (header.cupsColorOrder != CUPS_ORDER_CHUNKED ||
+      findRasterFormat(header.cupsColorSpace, header.cupsBitsPerPixel) == nullptr) {
+    return "pixels of " + std::to_string(header.cupsBitsPerPixel) + " bits in colour space " +
+           std::to_string(header.cupsColorSpace) + " cannot be printed";
+  }
+  if (header.cupsBytesPerLine != header.cupsWidth * (header.cupsBitsPerPixel / 8)) {
+    return "lines of " + std::to_string(header.cupsBytesPerLine) + " bytes do not hold " +
+           std::to_string(header.cupsWidth) + " pixels";
+  }
+  return {};
+}
+
+}  // namespace
+
+RasterStream::RasterStream(const Renderer& renderer)
+    : renderer_(renderer), raster_(cupsRasterOpenIO(readInput, this, CUPS_RASTER_READ)) {}
+
+void RasterStream::close() {
+  if (raster_ != nullptr) cupsRasterClose(raster_);
+  raster_ = nullptr;
+  ::close(STDIN_FILENO);
+}
+
+bool RasterStream::readHeader() {
+  cups_page_header2_t next = {};
+  if (raster_ == nullptr || ended_) return false;
+  linesLeft_ = 0;
+  if (cupsRasterReadHeader2(raster_, &next) == 0) return false;
+  if (std::exchange(first_, false)) applyDefaults(next);
+  fault_ = findFault(next);
+  if (!fault_.empty()) return false;
+
+  terminate(next.MediaClass);
+  terminate(next.MediaColor);
+  terminate(next.MediaType);
+  terminate(next.OutputType);
+  header_ = next;
+  format_ = findRasterFormat(header_.cupsColorSpace, header_.cupsBitsPerPixel);
+  linesLeft_ = header_.cupsHeight;
+  rasterLine_.resize(header_.cupsBytesPerLine);
+  return true;
+}
+
+bool RasterStream::readRasterLine() {
+  if (linesLeft_ == 0 || ended_) return false;
+  const unsigned got = cupsRasterReadPixels(raster_, rasterLine_.data(), header_.cupsBytesPerLine);
+  if (got == header_.cupsBytesPerLine) {
+    --linesLeft_;
+    return true;
+  }
+  ended_ = true;
+  endedEarly_ = true;
+  return false;
+}
+
+void RasterStream::readLine(PixelFormat format, std::span<std::uint8_t> line) {
+  if (readRasterLine()) {
+    convertPixels(*format_, rasterLine_, format, line);
+  } else {
+    std::ranges::fill(line, std::uint8_t{0xFF});
+  }
+}
+
+void RasterStream::dropRestOfPage() {
+  while (readRasterLine()) {
+  }
+}
+
+ssize_t RasterStream::readInput(void* self, unsigned char* bytes, std::size_t count) {
+  auto* stream = static_cast<RasterStream*>(self);
+  if (stream->nothingMoreComes(milliseconds{0})) return 0;
+  const ssize_t got = readWhenReady(STDIN_FILENO, bytes, count,
+                                    [stream](milliseconds silence) { return stream->nothingMoreComes(silence); });
+  if (got <= 0) stream->ended_ = true;
+  return got;
+}
+
+bool RasterStream::nothingMoreComes(milliseconds silence) {
+  // A printer or its cable that fails leaves nobody to render for.
+  if (threadsFailed()) return true;
+  if (isTerminated.load(std::memory_order_acquire) != 0) {
+    if (cancelSeen_ == Clock::time_point{}) cancelSeen_ = Clock::now();
+    const auto sinceCancel = std::chrono::duration_cast<milliseconds>(Clock::now() - cancelSeen_);
+    if (linesLeft_ == 0) return true;  // no page has begun
+    return std::min(silence, sinceCancel) >= CANCEL_SILENCE || sinceCancel >= CANCEL_TIME;
+  }
+  return silence >= ORPHAN_SILENCE && renderer_.ended();
+}
+
+}  // namespace kesto

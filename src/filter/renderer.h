@@ -1,0 +1,55 @@
+// The renderer: the spooler's pdftoraster as a child process whose raster arrives on the job's standard input.
+//
+// The child leads a process group of its own. A spooler that cancels a job signals the filter's whole group; the page
+// that has begun can be finished all the same, and when the job ends nothing that the child started outlives it. Should
+// the job itself be killed, the kernel ends the child.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include <sys/types.h>
+
+#include "filter/descriptor.h"
+
+namespace kesto {
+
+class Renderer {
+ public:
+  /// Starts "`serverBin`/filter/pdftoraster" with the program name and the five job arguments of `argv` and the PDF
+  /// file's name, and makes its output this process's standard input. Ends the job when no process can be made; a
+  /// program that cannot be executed is reported and leaves a renderer that delivers nothing.
+  Renderer(const char* serverBin, char* const argv[], const std::string& pdf);
+  Renderer(const Renderer&) = delete;
+  Renderer& operator=(const Renderer&) = delete;
+  ~Renderer() { stop(); }
+
+  /// True once the child has ended; looks without waiting.
+  [[nodiscard]] bool ended() const;
+
+  /// Gives the child a moment to end by itself after its raster has ended, then ends it.
+  void finish();
+
+  /// Ends the child and what it has started, at once, and reaps it.
+  void stop();
+
+  /// Why the child's own end was not a success, as words for the log ("ended with status 1"); nothing when it was, when
+  /// it has not ended, or when this object ended it.
+  [[nodiscard]] std::optional<std::string> failure() const;
+
+  /// True when the program could not be executed, which has been reported.
+  [[nodiscard]] bool execFailed() const { return execError_ != 0; }
+
+ private:
+  void start(char* const arguments[]);
+  void readExecError(int descriptor);
+  [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;
+
+  std::string program_;
+  pid_t child_ = -1;        ///< -1 once reaped
+  std::optional<int> end_;  ///< the child's wait status, when it ended by itself
+  int execError_ = 0;
+};
+
+}  // namespace kesto

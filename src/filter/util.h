@@ -1,0 +1,17 @@
+// Small helpers that belong to no other module.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+namespace kesto {
+
+/// The float whose bytes in memory are those of `value` in little-endian order, which is the order of the PCL XL
+/// stream. On a little-endian host this is `value` itself.
+[[nodiscard]] constexpr float swapFloat(float value) {
+  if constexpr (std::endian::native == std::endian::little) return value;
+  const auto bits = std::bit_cast<std::uint32_t>(value);
+  return std::bit_cast<float>((bits >> 24) | ((bits >> 8) & 0xFF00u) | ((bits << 8) & 0xFF0000u) | (bits << 24));
+}
+
+}  // namespace kesto

@@ -1,0 +1,142 @@
+#include "hdc/hdc.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <new>
+#include <span>
+
+#include "hdc/poll.h"
+
+namespace kesto {
+
+constinit HdcContext hdcContext;
+
+namespace {
+
+void fail(int error) {
+  int none = 0;
+  hdcContext.failure.compare_exchange_strong(none, error, std::memory_order_acq_rel);
+}
+
+bool isStopped() {
+  return hdcContext.running.load(std::memory_order_acquire) == 0;
+}
+
+bool acceptsBytes() {
+  return hdcFailure() == 0 && hdcContext.buffer.size.load(std::memory_order_relaxed) > 0 &&
+         hdcContext.buffer.data.load(std::memory_order_relaxed) != nullptr;
+}
+
+/// The threshold in force. One at or above the capacity could never be passed, so a full ring drains in any case.
+std::uint32_t drainThreshold() {
+  const std::uint32_t size = hdcContext.buffer.size.load(std::memory_order_relaxed);
+  return std::min(hdcContext.flushThreshold.load(std::memory_order_acquire), size - std::min(size, 1U));
+}
+
+/// The room that a writer can count on to come: with no more than the threshold stored the print thread rests.
+std::size_t sureRoom() {
+  constexpr std::uint32_t MOST = std::numeric_limits<std::int32_t>::max();  // cbufferGetAvailableSpace tells no more
+  return std::min(hdcContext.buffer.size.load(std::memory_order_relaxed) - drainThreshold(), MOST);
+}
+
+/// One write call. Returns false when the descriptor takes nothing at the moment, true when some of `rest` went out
+/// (and was removed from it) or the channel has failed.
+bool writeSome(std::span<const std::uint8_t>& rest) {
+  static_assert(EAGAIN == EWOULDBLOCK);
+  for (;;) {
+    const auto written = write(hdcContext.outputDescriptor, rest.data(), rest.size());
+    if (written > 0) {
+      rest = rest.subspan(static_cast<std::size_t>(written));
+      return true;
+    }
+    if (written == 0 || errno == EAGAIN) return false;
+    if (errno == EINTR) continue;
+    fail(errno);
+    return true;
+  }
+}
+
+/// Takes everything stored out of the ring and writes it.
+void drain() {
+  constexpr std::uint32_t LARGEST_BLOCK = std::numeric_limits<std::int32_t>::max();
+  const std::uint32_t count = std::min(cbufferGetAvailableBytes(&hdcContext.buffer), LARGEST_BLOCK);
+  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[count]);
+  if (!block) {
+    fail(ENOMEM);
+  } else if (cbufferReadBytes(&hdcContext.buffer, block.get(), count)) {
+    write_bytes(block.get(), static_cast<std::int32_t>(count));
+  }
+}
+
+}  // namespace
+
+void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold) {
+  hdcContext.failure.store(0, std::memory_order_release);
+  hdcContext.flushThreshold.store(flushThreshold, std::memory_order_release);
+  if (!cbufferCreate(&hdcContext.buffer, capacity)) fail(ENOMEM);
+}
+
+void hdcStartPrintThread(void* argument) {
+  if (hdcContext.running.exchange(1, std::memory_order_acq_rel) == 1) return;
+  const int error = pthread_create(&hdcContext.printThread, nullptr, print_thread, argument);
+  if (error != 0) {
+    hdcContext.running.store(0, std::memory_order_release);
+    fail(error);
+  }
+}
+
+std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count) {
+  std::span rest(bytes, count);
+  while (!rest.empty()) {
+    std::size_t room = 0;
+    pollUntil([&rest, &room] {
+      if (!acceptsBytes()) return true;
+      room = static_cast<std::size_t>(cbufferGetAvailableSpace(&hdcContext.buffer));
+      return room >= std::min(rest.size(), sureRoom());
+    });
+    if (!acceptsBytes()) return -1;
+    const auto piece = rest.first(std::min(rest.size(), room));
+    if (!cbufferWriteBytes(&hdcContext.buffer, piece.data(), static_cast<std::uint32_t>(piece.size()))) return -1;
+    rest = rest.subspan(piece.size());
+  }
+  return count;
+}
+
+void hdcWaitUntilEmpty() {
+  hdcContext.flushThreshold.store(0, std::memory_order_release);
+  pollUntil([] { return cbufferIsEmpty(&hdcContext.buffer) || hdcFailure() != 0; });
+}
+
+void hdcStopPrintThread() {
+  if (hdcContext.running.exchange(0, std::memory_order_acq_rel) == 0) return;
+  pthread_join(hdcContext.printThread, nullptr);
+}
+
+void hdcDestroy() {
+  cbufferFree(&hdcContext.buffer);
+}
+
+int hdcFailure() {
+  return hdcContext.failure.load(std::memory_order_acquire);
+}
+
+void* print_thread(void* /*argument*/) {
+  while (!isStopped() && hdcFailure() == 0) {
+    pollUntil([] { return isStopped() || cbufferGetAvailableBytes(&hdcContext.buffer) > drainThreshold(); });
+    if (isStopped()) break;
+    drain();
+  }
+  return nullptr;
+}
+
+void write_bytes(const std::uint8_t* bytes, std::int32_t count) {
+  std::span rest(bytes, static_cast<std::size_t>(std::max(count, 0)));
+  while (!rest.empty() && hdcFailure() == 0) {
+    pollUntil([&rest] { return writeSome(rest); });
+  }
+}
+
+}  // namespace kesto

@@ -1,0 +1,77 @@
+// The host data channel: the one road by which job bytes reach the printer.
+//
+// Writers append to a large ring; the print thread takes everything stored out of it, as soon as that is more than the
+// flush threshold, and writes it to the spooler's backend in one block. Holding output back until then spares the
+// device the many small pieces a page is made of. At the end of the job the threshold falls to 0 and the rest follows.
+//
+// Writers take turns: one thread at a time may call hdcWrite, and whoever passes the turn does so through an atomic.
+// Start, stop, initialise and destroy belong to the job thread. The print thread alone takes out and writes.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include "hdc/cbuffer.h"
+
+namespace kesto {
+
+struct HdcContext {
+  std::atomic<std::uint8_t> running{0};          ///< 1 while the print thread is to run; written by the job thread
+  pthread_t printThread{};                       ///< valid while `running` is 1; job thread only
+  cbuffer buffer;                                ///< writers produce, the print thread consumes
+  std::atomic<std::uint32_t> flushThreshold{0};  ///< written by the job thread, read by writers and the print thread
+  std::atomic<int> failure{0};  ///< first final error as an errno, 0 for none; written by whoever meets it, read by all
+  int outputDescriptor{STDOUT_FILENO};  ///< where the bytes go; fixed before the print thread starts
+};
+
+extern HdcContext hdcContext;
+
+/// Prepares the channel: an empty ring of `capacity` bytes that is drained when it holds more than `flushThreshold`.
+///
+/// Without memory the ring's own message goes to standard error, and hdcFailure() gives ENOMEM from then on. May be
+/// called again after hdcDestroy; a failure of the channel's earlier life is forgotten.
+void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold);
+
+/// Starts the print thread, which is handed `argument` and ignores it. A thread that cannot be created is a failure of
+/// the channel. Nothing happens when the thread runs already.
+void hdcStartPrintThread(void* argument);
+
+/// Appends `count` bytes to the job and returns `count`; waits for the print thread while the ring lacks room.
+///
+/// Bytes that do not fit between the threshold and the ring's capacity go in pieces, so no count waits for ever while
+/// the print thread works. Returns -1, with the bytes lost as a whole or in part, when the ring has no storage or the
+/// channel has failed, be it before the call or while it waited. 0 bytes are always accepted.
+std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count);
+
+/// Drops the threshold to 0 and waits until the print thread has taken the last byte out of the ring, or has failed.
+///
+/// The last block may still be on its way to the descriptor; hdcStopPrintThread waits for it.
+void hdcWaitUntilEmpty();
+
+/// Ends the print thread and waits for it. The block in its hands is written in full, bytes in the ring are not.
+/// Nothing happens when no print thread runs.
+void hdcStopPrintThread();
+
+/// Frees the ring; the print thread must have been stopped.
+void hdcDestroy();
+
+/// Why the channel failed, as an errno value (EPIPE when nobody reads any more); 0 when it has not.
+///
+/// A failure is final: the print thread writes nothing more, writers and waiters are told at once. The channel prints
+/// no message for it, so that the job can report it once.
+[[nodiscard]] int hdcFailure();
+
+/// The print thread's body: drains the ring whenever it holds more than the threshold, until it is stopped or fails.
+void* print_thread(void* argument);
+
+/// Writes `count` bytes to the output descriptor, all of them, unless a final error stops it.
+///
+/// A short write goes on with the next byte; an interrupted one is repeated at once; a descriptor that takes nothing at
+/// the moment is tried again at polling pace. Stopping the print thread does not cut a block short: the printer would
+/// get half a page.
+void write_bytes(const std::uint8_t* bytes, std::int32_t count);
+
+}  // namespace kesto

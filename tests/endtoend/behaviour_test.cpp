@@ -1,0 +1,169 @@
+// How the filter behaves when something is wrong: its messages, its exit status, and that nothing is left behind.
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include "endtoend/filterrun.h"
+
+namespace kesto::test {
+namespace {
+
+std::string onlyError(const Outcome& outcome) {
+  const auto errors = outcome.linesWith("ERROR:");
+  EXPECT_EQ(errors.size(), 1u) << outcome.log;
+  return errors.empty() ? "" : errors[0];
+}
+
+TEST(Behaviour, AWrongArgumentCountIsToldAndNothingIsPrinted) {
+  TemporaryFolder folder;
+  Command command = filterCommand({.document = "page"}, folder);
+  command.arguments.resize(5);
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.log.find("Usage: Kesto_Queue job user title copies options [filename]\n"), std::string::npos);
+  EXPECT_TRUE(outcome.output.empty());
+}
+
+TEST(Behaviour, TheRendererGetsTheJobsArgumentsAndNoDescriptorOfTheSpooler) {
+  TemporaryFolder folder;
+  Command command = filterCommand({.document = "arguments\npage"}, folder);
+  command.program = "/bin/sh";  // opens the descriptors of the back and side channel, as the spooler does
+  command.arguments = {"sh",
+                       "-c",
+                       "exec \"$0\" \"$@\" 3</dev/null 4</dev/null",
+                       KESTO_FILTER,
+                       "17",
+                       "anna",
+                       "A title",
+                       "1",
+                       "a=b c",
+                       folder.path() + "/document"};
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  const auto lines = outcome.linesWith("DEBUG: renderer arguments");
+  ASSERT_EQ(lines.size(), 1u) << outcome.log;
+  EXPECT_EQ(lines[0], "DEBUG: renderer arguments [" + std::string(KESTO_FILTER) +
+                          "] [17] [anna] [A title] [1] [a=b c] [" + folder.path() + "/document]");
+}
+
+TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
+  struct Case {
+    const char* name;
+    FilterCall call;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"no renderer", {.document = "page", .serverBin = "/nonexistent"}, "ERROR: Unable to exec pdftoraster!"},
+      {"crash", {.document = "crash"}, "signal 11"},
+      {"status", {.document = "exit status=3"}, "status 3"},
+      {"nothing", {.document = "close"}, "no page that can be printed"},
+      {"empty", {.document = "", .realRenderer = true}, "no page that can be printed"},
+      {"empty on standard input", {.document = "", .onStandardInput = true, .realRenderer = true}, "no page"},
+      {"garbage", {.document = "this is no PDF", .realRenderer = true}, "no page that can be printed"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Outcome outcome = runFilter(c.call);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(onlyError(outcome).find(c.message), std::string::npos) << outcome.log;
+    EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
+  }
+}
+
+TEST(Behaviour, ARendererThatDiesHalfWayLeavesTheCompletePages) {
+  const Outcome outcome = runFilter({.document = "page\npage\ncrash"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(onlyError(outcome).find("was ended by signal 11"), std::string::npos);
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), 2u);
+}
+
+TEST(Behaviour, AbsurdFirstHeadersEndTheJobBeforeItsFirstByte) {
+  const char* headers[] = {
+      "page width=0 bytesperline=0",
+      "page height=0",
+      "page width=65535 height=8 lines=0",
+      "page width=536870913 bytesperline=3",
+      "page height=2147483648 lines=1",
+      "page width=64 bytesperline=191",
+      "page width=64 bytesperline=4294967295 lines=0",
+      "page width=64 bits=16 bytesperline=128",
+      "page width=64 bits=24 space=6",
+      "page width=64 bits=24 order=2",
+  };
+  for (const char* header : headers) {
+    const Outcome outcome = runFilter({.document = header});
+    EXPECT_EQ(outcome.status, EINVAL) << header;
+    EXPECT_NE(onlyError(outcome).find("cannot be printed"), std::string::npos) << header << outcome.log;
+    EXPECT_TRUE(outcome.output.empty()) << header;
+  }
+}
+
+TEST(Behaviour, AnAbsurdLaterHeaderEndsTheJobAfterTheGoodPages) {
+  const Outcome outcome = runFilter({.document = "page\npage width=536870913 bytesperline=3"});
+  EXPECT_NE(onlyError(outcome).find("Page 2"), std::string::npos);
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), 1u);
+}
+
+TEST(Behaviour, TricklingAndTalkativeRenderersAreRead) {
+  const Job job =
+      printJob({.document = "chatter lines=3000\nbytewise\npage width=32 height=24 pattern=noise\nchatter"});
+  EXPECT_EQ(job.pages.size(), 1u);
+}
+
+TEST(Behaviour, AProcessThatOutlivesTheRendererDoesNotHoldTheJob) {
+  const Outcome outcome = runFilter({.document = "orphan\npage\n"});
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), 1u);
+  EXPECT_LT(outcome.duration, std::chrono::seconds(5));
+}
+
+TEST(Behaviour, SigtermFinishesThePageThatHasBegunAndEndsTheRenderer) {
+  const char* recipes[] = {
+      "page\npage height=64 lines=20\nignoresignals\nhang",  // within a page
+      "page\npage\nignoresignals\nhang",                     // between pages
+  };
+  for (const char* recipe : recipes) {
+    TemporaryFolder folder;
+    Process filter(filterCommand({.document = recipe, .onStandardInput = true}, folder));
+    ASSERT_TRUE(filter.waitForLog("PAGE: 2"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    filter.signal(SIGTERM);
+    const Outcome outcome = filter.finish();
+    EXPECT_EQ(outcome.status, 0) << outcome.log;
+    EXPECT_TRUE(outcome.linesWith("ERROR:").empty()) << outcome.log;
+    EXPECT_NE(outcome.log.find("IS terminated 1"), std::string::npos);
+    EXPECT_LT(outcome.duration, std::chrono::seconds(5));
+    const Job job = parseJob(outcome.output);
+    EXPECT_EQ(job.pages.size(), 2u);
+    EXPECT_EQ(job.pages.at(1).height() % 16, 0u);
+    EXPECT_EQ(processesWith("KESTO_TEST_FOLDER=" + folder.path()), 0);
+  }
+}
+
+TEST(Behaviour, AClosedOutputEndsTheJobWithTheErrorNumber) {
+  TemporaryFolder folder;
+  std::string recipe;
+  for (int i = 0; i < 40; ++i) recipe += "page width=2400 height=800 pattern=noise seed=" + std::to_string(i) + "\n";
+  Process filter(filterCommand({.document = recipe + "hang"}, folder));
+  filter.closeOutput();
+  const Outcome outcome = filter.finish();
+  EXPECT_EQ(outcome.status, EPIPE) << outcome.log;
+  EXPECT_NE(onlyError(outcome).find("Unable to write the print data: Broken pipe"), std::string::npos);
+  EXPECT_EQ(processesWith("KESTO_TEST_FOLDER=" + folder.path()), 0);
+}
+
+TEST(Behaviour, AFullDiskIsReportedOnce) {
+  TemporaryFolder folder;
+  Command command = filterCommand({.document = "page width=640 height=800 pattern=noise"}, folder);
+  command.arguments = {"sh", "-c", "exec \"$0\" \"$@\" >/dev/full", KESTO_FILTER, "17", "anna", "title",
+                       "1",  "",   folder.path() + "/document"};
+  command.program = "/bin/sh";
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.status, ENOSPC);
+  EXPECT_NE(onlyError(outcome).find("No space left on device"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace kesto::test

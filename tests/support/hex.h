@@ -1,0 +1,25 @@
+// Bytes as hexadecimal text, which is how the tests write them down.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kesto::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// "C0 01 F8": two upper-case digits a byte, a blank between bytes.
+inline std::string hex(std::span<const std::uint8_t> bytes) {
+  constexpr char DIGITS[] = "0123456789ABCDEF";
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += DIGITS[byte >> 4];
+    text += DIGITS[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace kesto::test

@@ -1,0 +1,79 @@
+// Running a program as the spooler would, with its output kept.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kesto::test {
+
+/// What to run, and with what around it.
+struct Command {
+  std::string program;
+  std::vector<std::string> arguments;                            ///< argv[0] included
+  std::vector<std::pair<std::string, std::string>> environment;  ///< all of it
+  std::string input;                                             ///< written to standard input, then closed
+  std::chrono::milliseconds timeout{30000};                      ///< the program is killed then
+};
+
+struct Outcome {
+  int status = -1;  ///< exit status; -1 when a signal ended the program
+  int signal = 0;
+  bool timedOut = false;
+  std::vector<std::uint8_t> output;
+  std::string log;  ///< standard error
+  std::chrono::milliseconds duration{0};
+
+  [[nodiscard]] std::vector<std::string> linesWith(const std::string& prefix) const;
+};
+
+/// A program that has been started.
+class Process {
+ public:
+  explicit Process(const Command& command);
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+  ~Process();
+
+  void signal(int number) const;
+  /// Closes this side of the program's standard output, so that it writes into a broken pipe.
+  void closeOutput();
+  /// Reads what comes until `text` has appeared on standard error. False when it did not within the time-out.
+  bool waitForLog(const std::string& text);
+  /// Waits for the end.
+  Outcome finish();
+  [[nodiscard]] int pid() const { return pid_; }
+
+ private:
+  void readSome(int waitMs);
+
+  Command command_;
+  int pid_ = -1;
+  int input_ = -1, output_ = -1, log_ = -1;
+  std::size_t inputWritten_ = 0;
+  std::chrono::steady_clock::time_point start_;
+  Outcome outcome_;
+};
+
+Outcome run(const Command& command);
+
+/// A folder that goes with the object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder();
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  /// Writes a file into the folder and returns its path.
+  [[nodiscard]] std::string write(const std::string& name, const std::string& text) const;
+  [[nodiscard]] std::vector<std::string> files() const;
+
+ private:
+  std::string path_;
+};
+
+}  // namespace kesto::test
