@@ -37,7 +37,7 @@ struct Encoder {
   std::unique_ptr<WicketCoder> coder = std::make_unique<WicketCoder>();
   Bytes y = Bytes(PIXELS), cb = Bytes(PIXELS), cr = Bytes(PIXELS), out = Bytes(4 * PIXELS);
   Bytes map = Bytes(WIDTH / 8, 3);
-  std::uint32_t length = 0;
+  std::int32_t length = 0;
 
   void prepare() {
     setHuffman(coder.get());

@@ -47,8 +47,10 @@ void BlockWriter::writeBlock(const Plane& plane, std::int32_t row, std::int32_t 
   writeAC(block, settings_->planarZigZag[plane.index], plane.isChroma());
 }
 
-void BlockWriter::finish(std::uint32_t* length) {
-  keep(finishEncoding(length, coder_));
+std::int32_t BlockWriter::finish() {
+  std::uint32_t length = 0;
+  keep(finishEncoding(&length, coder_));
+  return static_cast<std::int32_t>(length);
 }
 
 void BlockWriter::keep(std::int32_t status) {

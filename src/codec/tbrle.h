@@ -41,7 +41,7 @@ std::uint32_t encode_pattern(std::uint8_t* outPointer, std::uint32_t room, std::
                              std::uint32_t count);
 
 /// Writes `length` bytes to a new or emptied file, to be looked at with other tools. Returns whether all went well.
-// The name is the one that this function has always had.
+// The underscores mark an aid for debugging, which no job calls.
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
 bool __dump_data(const char* fileName, const std::uint8_t* data, std::uint32_t length);
 

@@ -72,7 +72,7 @@ void compressBand(WicketSettings* settings, WicketCoder* coder, const BandImage&
   const auto capacity = static_cast<std::int32_t>(gCacheBands.bandStream.size());
   const std::uint8_t* map = gCacheBands.blockMap.data();
   std::uint8_t* out = gCacheBands.bandStream.data();
-  std::uint32_t length = 0;
+  std::int32_t length = 0;
   if (jobsetting->isColor != 0) {
     wicketCompressPlanes(blocks, map, width, pixels, band.y, band.cb, band.cr, capacity, out, &length, settings, coder);
   } else {

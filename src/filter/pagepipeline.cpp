@@ -8,7 +8,7 @@
 #include "filter/util.h"
 #include "hdc/hdc.h"
 #include "jobsettings/jobsettings.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/optionvalues.h"
 #include "pclxl/pclxl.h"
 #include "pclxl/xlnames.h"
 

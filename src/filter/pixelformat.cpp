@@ -23,7 +23,7 @@ std::uint8_t luma(const std::uint8_t* rgb) {
 
 }  // namespace
 
-const RasterFormat* findRasterFormat(cups_cspace_t colorSpace, unsigned bitsPerPixel) {
+const RasterFormat* findRasterFormat(unsigned colorSpace, unsigned bitsPerPixel) {
   const auto found = std::ranges::find_if(RASTER_FORMATS, [&](const RasterFormat& format) {
     return format.colorSpace == colorSpace && format.bitsPerPixel == bitsPerPixel;
   });

@@ -21,13 +21,13 @@ enum class PixelFormat : std::uint8_t { GREY, RGB };
 
 /// One way in which a raster may store its pixels.
 struct RasterFormat {
-  cups_cspace_t colorSpace;
+  unsigned colorSpace;    ///< a cups_cspace_t, or any other number that a header may hold
   unsigned bitsPerPixel;  ///< 8 or 24
   bool inverted;          ///< 0 is white, as with inks
 };
 
 /// The format of a raster with this colour space and pixel size, or null when the job cannot print such pixels.
-[[nodiscard]] const RasterFormat* findRasterFormat(cups_cspace_t colorSpace, unsigned bitsPerPixel);
+[[nodiscard]] const RasterFormat* findRasterFormat(unsigned colorSpace, unsigned bitsPerPixel);
 
 /// Turns raster pixels into the job's. `source` holds whole pixels of `from`; as many of them as fit `line` are
 /// converted to `to`, and the rest of `line` becomes white.

@@ -23,7 +23,7 @@
 #include "filter/session.h"
 #include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
-#include "jobsettings/option_source.h"
+#include "jobsettings/optionsource.h"
 #include "jobsettings/pjl.h"
 
 namespace kesto {

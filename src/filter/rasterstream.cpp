@@ -8,6 +8,7 @@
 #include "filter/descriptor.h"
 #include "filter/joberror.h"
 #include "filter/jobstate.h"
+#include "jobsettings/rasterword.h"
 
 namespace kesto {
 namespace {
@@ -36,7 +37,8 @@ void terminate(char (&text)[N]) {
 
 /// Fills in what a first header may leave open.
 void applyDefaults(cups_page_header2_t& header) {
-  if (header.cupsBitsPerPixel == 0) header.cupsBitsPerPixel = header.cupsColorSpace != CUPS_CSPACE_W ? 24 : 8;
+  if (header.cupsBitsPerPixel == 0)
+    header.cupsBitsPerPixel = rasterWord(header.cupsColorSpace) != CUPS_CSPACE_W ? 24 : 8;
   header.cupsBitsPerColor = 8;
 }
 
@@ -47,10 +49,10 @@ std::string findFault(const cups_page_header2_t& header) {
     return "a page of " + std::to_string(header.cupsWidth) + " x " + std::to_string(header.cupsHeight) +
            " pixels cannot be printed";
   }
-  if (header.cupsColorOrder != CUPS_ORDER_CHUNKED ||
-      findRasterFormat(header.cupsColorSpace, header.cupsBitsPerPixel) == nullptr) {
+  if (rasterWord(header.cupsColorOrder) != CUPS_ORDER_CHUNKED ||
+      findRasterFormat(rasterWord(header.cupsColorSpace), header.cupsBitsPerPixel) == nullptr) {
     return "pixels of " + std::to_string(header.cupsBitsPerPixel) + " bits in colour space " +
-           std::to_string(header.cupsColorSpace) + " cannot be printed";
+           std::to_string(rasterWord(header.cupsColorSpace)) + " cannot be printed";
   }
   if (header.cupsBytesPerLine != header.cupsWidth * (header.cupsBitsPerPixel / 8)) {
     return "lines of " + std::to_string(header.cupsBytesPerLine) + " bytes do not hold " +
@@ -74,7 +76,11 @@ bool RasterStream::readHeader() {
   cups_page_header2_t next = {};
   if (raster_ == nullptr || ended_) return false;
   linesLeft_ = 0;
-  if (cupsRasterReadHeader2(raster_, &next) == 0) return false;
+  headerBytes_ = 0;
+  if (cupsRasterReadHeader2(raster_, &next) == 0) {
+    if (headerBytes_ >= sizeof next) fault_ = "its page header is damaged";  // the library read it and refused it
+    return false;
+  }
   if (std::exchange(first_, false)) applyDefaults(next);
   fault_ = findFault(next);
   if (!fault_.empty()) return false;
@@ -84,7 +90,7 @@ bool RasterStream::readHeader() {
   terminate(next.MediaType);
   terminate(next.OutputType);
   header_ = next;
-  format_ = findRasterFormat(header_.cupsColorSpace, header_.cupsBitsPerPixel);
+  format_ = findRasterFormat(rasterWord(header_.cupsColorSpace), header_.cupsBitsPerPixel);
   linesLeft_ = header_.cupsHeight;
   rasterLine_.resize(header_.cupsBytesPerLine);
   return true;
@@ -121,6 +127,7 @@ ssize_t RasterStream::readInput(void* self, unsigned char* bytes, std::size_t co
   const ssize_t got = readWhenReady(STDIN_FILENO, bytes, count,
                                     [stream](milliseconds silence) { return stream->nothingMoreComes(silence); });
   if (got <= 0) stream->ended_ = true;
+  if (got > 0) stream->headerBytes_ += static_cast<std::size_t>(got);
   return got;
 }
 

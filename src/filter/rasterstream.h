@@ -59,6 +59,7 @@ class RasterStream {
   std::vector<std::uint8_t> rasterLine_;  ///< one line as the raster delivers it
   const RasterFormat* format_ = nullptr;  ///< how the current page's pixels are stored
   std::uint32_t linesLeft_ = 0;
+  std::size_t headerBytes_ = 0;  ///< bytes read since the last header was asked for
   bool first_ = true;
   bool ended_ = false;  ///< no byte can be read any more
   bool endedEarly_ = false;

@@ -1,7 +1,7 @@
 #include "jobsettings/jobsettings.h"
 
-#include "jobsettings/option_values.h"
-#include "jobsettings/raster_word.h"
+#include "jobsettings/optionvalues.h"
+#include "jobsettings/rasterword.h"
 
 namespace kesto {
 

@@ -48,7 +48,7 @@ enum Orientation : std::int32_t {
   ORIENTATION_REVERSE_LANDSCAPE = 3,
 };
 
-/// The settings of one job. The texts are not owned: each is a constant of option_values.h, a text field of the
+/// The settings of one job. The texts are not owned: each is a constant of optionvalues.h, a text field of the
 /// raster header, a value inside the parsed ticket or a choice keyword inside the opened PPD; the last two live until
 /// releaseOptionSource(). The header has to live as long as the record.
 struct JobSetting {

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "hdc/hdc.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

@@ -33,10 +33,9 @@ struct BandCoder {
   /// Compresses planes of any number of lines with one map byte per block.
   Bytes color(int width, const Bytes& y, const Bytes& cb, const Bytes& cr, const Bytes& map) {
     Bytes out(y.size() * 4);
-    status = wicketCompressPlanes(static_cast<std::int32_t>(map.size()), map.data(), width,
-                                  static_cast<std::int32_t>(y.size()), y.data(), cb.data(), cr.data(),
-                                  static_cast<std::int32_t>(out.size()), out.data(), &length, settings.get(),
-                                  coder.get());
+    status = wicketCompressPlanes(
+        static_cast<std::int32_t>(map.size()), map.data(), width, static_cast<std::int32_t>(y.size()), y.data(),
+        cb.data(), cr.data(), static_cast<std::int32_t>(out.size()), out.data(), &length, settings.get(), coder.get());
     out.resize(static_cast<std::size_t>(length));
     return out;
   }
@@ -44,10 +43,9 @@ struct BandCoder {
   Bytes mono(int width, const Bytes& grey, const Bytes& map) {
     Bytes out(grey.size() * 4);
     setSampleType(SAMPLE_TYPE_444, settings.get());
-    status = wicketCompressMonoPlane(static_cast<std::int32_t>(map.size()), map.data(), width,
-                                     static_cast<std::int32_t>(grey.size()), grey.data(),
-                                     static_cast<std::int32_t>(out.size()), out.data(), &length, settings.get(),
-                                     coder.get());
+    status = wicketCompressMonoPlane(
+        static_cast<std::int32_t>(map.size()), map.data(), width, static_cast<std::int32_t>(grey.size()), grey.data(),
+        static_cast<std::int32_t>(out.size()), out.data(), &length, settings.get(), coder.get());
     out.resize(static_cast<std::size_t>(length));
     return out;
   }

@@ -46,33 +46,31 @@ TEST(ColorConvert, FollowsTheEquationsForEveryColour) {
 }
 
 TEST(StripTrail, CountsUpToTheLastPixelThatIsNotWhite) {
-  for (int pixels = 1; pixels <= 40; ++pixels) {
-    Bytes line(3 * static_cast<std::size_t>(pixels), 0xFF);
+  for (std::int32_t pixels = 1; pixels <= 40; ++pixels) {
+    Bytes line(120, 0xFF);
     EXPECT_EQ(stripTrail(line.data(), pixels), 0);
-    for (int at = 0; at < pixels; ++at) {
-      for (int channel = 0; channel < 3; ++channel) {
-        auto& byte = line[static_cast<std::size_t>(3 * at + channel)];
-        byte = 0xFE;
-        EXPECT_EQ(stripTrail(line.data(), pixels), at + 1) << pixels << " pixels, channel " << channel;
-        byte = 0xFF;
-      }
+    for (std::int32_t sample = 0; sample < 3 * pixels; ++sample) {
+      line[sample] = 0xFE;
+      EXPECT_EQ(stripTrail(line.data(), pixels), sample / 3 + 1) << pixels << " pixels, sample " << sample;
+      line[sample] = 0xFF;
     }
   }
 }
 
 /// A band with its planes: `lines` of `width` pixels, planes in lines of `stride` with eight bytes behind them.
 struct Band {
-  Band(int pixels, int rows, int planeStride)
-      : width(pixels), lines(rows), stride(planeStride), rgb(3 * static_cast<std::size_t>(pixels * rows), 0xFF) {
-    for (auto* plane : {&y, &cb, &cr}) plane->assign(static_cast<std::size_t>(stride * lines + 8), 0x33);
+  Band(std::size_t pixels, std::size_t rows, std::size_t planeStride)
+      : width(pixels), stride(planeStride), planeSize(planeStride * rows), rgb(3 * pixels * rows, 0xFF) {
+    for (auto* plane : {&y, &cb, &cr}) plane->assign(planeSize + 8, 0x33);
   }
-  std::uint8_t* pixel(int line, int column) { return &rgb[3 * static_cast<std::size_t>(line * width + column)]; }
+  std::uint8_t* pixel(std::size_t line, std::size_t column) { return &rgb[3 * (line * width + column)]; }
   std::int32_t convert(std::uint8_t keepPlanes) {
-    return rgbtoYCbCr(3 * width, static_cast<std::int32_t>(rgb.size()), rgb.data(), stride, stride * lines, y.data(),
+    const auto number = [](std::size_t size) { return static_cast<std::int32_t>(size); };
+    return rgbtoYCbCr(number(3 * width), number(rgb.size()), rgb.data(), number(stride), number(planeSize), y.data(),
                       cb.data(), cr.data(), keepPlanes);
   }
 
-  int width, lines, stride;
+  std::size_t width, stride, planeSize;
   Bytes rgb, y, cb, cr;
 };
 
@@ -113,17 +111,27 @@ TEST(RgbToYCbCr, ConvertsFromTheFirstToTheLastPixelThatIsNotWhite) {
   EXPECT_EQ(band.cr[48 + 38], 0x33);
 }
 
+TEST(RgbToYCbCr, TouchesNothingButASinglePixelInAnyColumn) {
+  for (std::size_t column = 0; column < 40; ++column) {
+    Band band(40, 1, 40);
+    *band.pixel(0, column) = 0;
+    EXPECT_EQ(band.convert(1), 257);
+    Bytes luma(48, 0x33);
+    luma[column] = 178;
+    EXPECT_EQ(band.y, luma) << "column " << column;
+  }
+}
+
 TEST(RgbToYCbCr, ConvertsLongLinesLikeSinglePixels) {
   std::mt19937 random(3);
-  for (int width = 1; width < 140; ++width) {
+  for (std::size_t width = 1; width < 140; ++width) {
     Band band(width, 8, width + 2);
     for (auto& byte : band.rgb) byte = static_cast<std::uint8_t>(random() % 255);
     ASSERT_EQ(band.convert(1), 257);
-    for (int line = 0; line < 8; ++line) {
-      for (int column = 0; column < width; ++column) {
+    for (std::size_t line = 0; line < 8; ++line) {
+      for (std::size_t column = 0; column < width; ++column) {
         const std::uint8_t* const pixel = band.pixel(line, column);
-        const auto at =
-            static_cast<std::size_t>(line) * static_cast<std::size_t>(band.stride) + static_cast<std::size_t>(column);
+        const auto at = line * band.stride + column;
         const auto value = packed(pixel[0], pixel[1], pixel[2]);
         ASSERT_EQ(static_cast<std::uint32_t>(band.cr[at] << 16 | band.cb[at] << 8 | band.y[at]), value)
             << "column " << column << " of " << width;

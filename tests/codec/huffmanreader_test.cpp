@@ -33,15 +33,16 @@ struct Symbol {
 /// Symbols with every size, every run, both signs, EOB and ZRL, in both tables.
 std::vector<Symbol> someSymbols() {
   std::mt19937 random(7);
+  const auto below = [&random](unsigned long limit) { return static_cast<std::uint32_t>(random() % limit); };
   std::vector<Symbol> symbols;
   for (int i = 0; i < 40000; ++i) {
-    const bool isChroma = random() % 2 == 0;
-    const std::uint32_t size = random() % 12;
-    const auto magnitude = static_cast<std::int32_t>(size == 0 ? 0 : (1U << (size - 1)) + random() % (1U << (size - 1)));
-    const std::int32_t value = random() % 2 == 0 ? magnitude : -magnitude;
-    const bool isDC = size > 10 || random() % 3 == 0;
-    const std::uint32_t run = size == 0 ? random() % 2 * 15 : random() % 16;
-    symbols.push_back({isChroma, isDC, isDC ? 0 : run, value});
+    const bool isChroma = below(2) == 0;
+    const std::uint32_t size = below(12);
+    const std::uint32_t lowest = size == 0 ? 0 : 1U << (size - 1);
+    const auto magnitude = static_cast<std::int32_t>(size == 0 ? 0 : lowest + below(lowest));
+    const bool isDC = size > 10 || below(3) == 0;
+    const std::uint32_t run = size == 0 ? below(2) * 15 : below(16);
+    symbols.push_back({isChroma, isDC, isDC ? 0 : run, below(2) == 0 ? magnitude : -magnitude});
   }
   return symbols;
 }

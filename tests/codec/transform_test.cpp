@@ -38,13 +38,13 @@ TEST(DownSample, ShiftsLevelsAndJoinsNeighbours) {
   EXPECT_EQ(samples[1], 508);
   EXPECT_EQ(samples[2], 0);
   ASSERT_EQ(downSample(plane, 16, SAMPLE_TYPE_422, samples), 0);
-  EXPECT_EQ(samples[0], 0);       // 0 and 255
-  EXPECT_EQ(samples[1], 4);       // 128 and 129
-  EXPECT_EQ(samples[8], -504);    // 1 and 2, the second row's first
-  EXPECT_EQ(samples[127], 508);   // white stays white
+  EXPECT_EQ(samples[0], 0);      // 0 and 255
+  EXPECT_EQ(samples[1], 4);      // 128 and 129
+  EXPECT_EQ(samples[8], -504);   // 1 and 2, the second row's first
+  EXPECT_EQ(samples[127], 508);  // white stays white
   ASSERT_EQ(downSample(plane, 16, SAMPLE_TYPE_420, samples), 0);
-  EXPECT_EQ(samples[0], -252);    // 0, 255, 1 and 2: -252 / 4 = -63
-  EXPECT_EQ(samples[1], 256);     // 128, 129, 255 and 255: 257 / 4 rounds down
+  EXPECT_EQ(samples[0], -252);  // 0, 255, 1 and 2: -252 / 4 = -63
+  EXPECT_EQ(samples[1], 256);   // 128, 129, 255 and 255: 257 / 4 rounds down
 }
 
 TEST(DownSample, RefusesShapesThatTheTypeDoesNotTake) {
@@ -141,9 +141,9 @@ Samples quantized(const Samples& values, std::uint8_t mapByte, std::int32_t isCh
   setQFactor(80, &settings);
   Samples block(64);
   std::copy(values.begin(), values.end(), block.begin());
-  EXPECT_EQ(quantizePlane(8, 8, block.data(), isChroma, &mapByte, 8, settings.chromaQuant.data(),
-                          settings.lumaQuant.data()),
-            0);
+  EXPECT_EQ(
+      quantizePlane(8, 8, block.data(), isChroma, &mapByte, 8, settings.chromaQuant.data(), settings.lumaQuant.data()),
+      0);
   return Samples(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(values.size()));
 }
 
@@ -166,13 +166,12 @@ TEST(Quantize, FollowsTheTableDownTheLinesOfABlock) {
   setQFactor(80, &settings);
   Samples plane(16 * 16, 4000);
   const Bytes map = {1, 3, 3, 1};
-  ASSERT_EQ(quantizePlane(16, 16, plane.data(), 0, map.data(), 8, settings.chromaQuant.data(),
-                          settings.lumaQuant.data()),
-            0);
-  EXPECT_EQ(plane[7 * 16 + 7], 13);    // the last entry of the table: 320
-  EXPECT_EQ(plane[7 * 16 + 8], 500);   // the block beside it
-  EXPECT_EQ(plane[8 * 16 + 7], 500);   // the block below
-  EXPECT_EQ(plane[15 * 16 + 8], 17);   // row 7, column 0: 72 scaled by 40 % is 29, times 8 is 232
+  ASSERT_EQ(
+      quantizePlane(16, 16, plane.data(), 0, map.data(), 8, settings.chromaQuant.data(), settings.lumaQuant.data()), 0);
+  EXPECT_EQ(plane[7 * 16 + 7], 13);   // the last entry of the table: 320
+  EXPECT_EQ(plane[7 * 16 + 8], 500);  // the block beside it
+  EXPECT_EQ(plane[8 * 16 + 7], 500);  // the block below
+  EXPECT_EQ(plane[15 * 16 + 8], 17);  // row 7, column 0: 72 scaled by 40 % is 29, times 8 is 232
 }
 
 TEST(Quantize, RefusesWhatItCannotDivideBy) {

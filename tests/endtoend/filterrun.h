@@ -10,16 +10,16 @@ namespace kesto::test {
 
 /// One call of the filter. The renderer is the stand-in, whose document is a recipe, unless `realRenderer` is set.
 struct FilterCall {
-  std::string document;  ///< the text of the document
-  std::string options;
+  std::string document{};  ///< the text of the document
+  std::string options{};
   std::string copies = "1";
   std::string title = "A title";
   std::string deviceUri = "socket://printer.invalid:9100";
-  std::string fileType;          ///< CUPS_FILETYPE; empty: not set
+  std::string fileType{};        ///< CUPS_FILETYPE; empty: not set
   bool onStandardInput = false;  ///< without a file name argument
   bool realRenderer = false;
   std::string ppd = KESTO_PPD;
-  std::string serverBin;  ///< overrides CUPS_SERVERBIN
+  std::string serverBin{};  ///< overrides CUPS_SERVERBIN
 };
 
 /// The command of a call; files that it needs go to `folder`, which also serves for its temporary files.

@@ -10,7 +10,7 @@
 #include "hdc/hdc.h"
 #include "hdc/poll.h"
 #include "jobsettings/jobsettings.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/optionvalues.h"
 #include "support/hex.h"
 
 namespace kesto {

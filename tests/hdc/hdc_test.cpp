@@ -240,6 +240,7 @@ TEST_F(Channel, TellsWhenThereIsNoPrintThread) {
   hdcInitialize(100, 0);
   hdcStartPrintThread(nullptr);
   EXPECT_EQ(hdcFailure(), EAGAIN);
+  EXPECT_EQ(hdcContext.running, 0) << "there is nothing to join";
   EXPECT_EQ(send("x"), -1);
   hdcWaitUntilEmpty();
   hdcStopPrintThread();

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "jobsettings/job_options.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/joboptions.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "hdc/hdc.h"
-#include "jobsettings/job_options.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/joboptions.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

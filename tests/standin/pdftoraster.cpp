@@ -63,7 +63,7 @@ void tellArguments(std::span<char*> arguments) {
   std::ostringstream text;
   text << "DEBUG: renderer arguments";
   for (const char* argument : arguments) text << " [" << argument << "]";
-  for (int descriptor = 3; descriptor < 16; ++descriptor) {
+  for (int descriptor = 3; descriptor < 10; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) >= 0) text << " open descriptor " << descriptor;
   }
   std::fprintf(stderr, "%s\n", text.str().c_str());
@@ -74,7 +74,10 @@ void perform(const Step& step, std::span<char*> arguments) {
   if (step.verb == "page") sendPage(step);
   if (step.verb == "sleep") std::this_thread::sleep_for(milliseconds(step.number("ms", 100)));
   if (step.verb == "hang") std::this_thread::sleep_for(milliseconds(60000));
-  if (step.verb == "crash") raise(SIGSEGV);
+  if (step.verb == "crash") {
+    signal(SIGSEGV, SIG_DFL);  // a sanitizer's handler would end the process in its own way
+    raise(SIGSEGV);
+  }
   if (step.verb == "exit") std::exit(static_cast<int>(step.number("status", 0)));
   if (step.verb == "close") close(STDOUT_FILENO);
   if (step.verb == "bytewise") bytewise = true;
@@ -95,6 +98,7 @@ int main(int argc, char* argv[]) {
   }
   std::ifstream document(argv[6]);
   const std::string recipe{std::istreambuf_iterator<char>(document), {}};
+  document.close();
   for (const Step& step : kesto::test::parseRecipe(recipe))
     perform(step, std::span(argv, static_cast<std::size_t>(argc)));
   return 0;

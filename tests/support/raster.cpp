@@ -1,5 +1,6 @@
 #include "support/raster.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 
@@ -34,6 +35,12 @@ std::uint8_t sample(const std::string& pattern, unsigned seed, unsigned x, unsig
   }
   if (pattern == "grey") return static_cast<std::uint8_t>(seed);
   return 255;
+}
+
+/// Fills a header's text field; a text of its full length or more has no terminator there.
+template <std::size_t N>
+void setText(char (&field)[N], const std::string& text) {
+  std::memcpy(field, text.data(), std::min(N, text.size()));
 }
 
 }  // namespace
@@ -85,8 +92,8 @@ cups_page_header2_t headerOf(const Step& page) {
   header.Tumble = static_cast<cups_bool_t>(page.number("tumble", 0));
   header.NumCopies = page.number("copies", 1);
   header.MediaPosition = page.number("position", 0);
-  std::strncpy(header.MediaType, page.text("mediatype", "Plain").c_str(), sizeof header.MediaType);
-  std::strncpy(header.OutputType, page.text("outputtype", "NORMAL").c_str(), sizeof header.OutputType);
+  setText(header.MediaType, page.text("mediatype", "Plain"));
+  setText(header.OutputType, page.text("outputtype", "NORMAL"));
   return header;
 }
 

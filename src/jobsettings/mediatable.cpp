@@ -1,4 +1,4 @@
-#include "jobsettings/media_table.h"
+#include "jobsettings/mediatable.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "jobsettings/media_names.h"
+#include "jobsettings/medianames.h"
 
 namespace kesto {
 namespace {

@@ -1,4 +1,4 @@
-#include "jobsettings/job_date.h"
+#include "jobsettings/jobdate.h"
 
 #include <limits>
 

@@ -10,9 +10,9 @@
 #include <strings.h>
 
 #include "jobsettings/jobsettings.h"
-#include "jobsettings/option_source.h"
-#include "jobsettings/option_values.h"
-#include "jobsettings/raster_word.h"
+#include "jobsettings/optionsource.h"
+#include "jobsettings/optionvalues.h"
+#include "jobsettings/rasterword.h"
 
 namespace kesto {
 namespace {

@@ -1,10 +1,10 @@
-#include "jobsettings/paper_size.h"
+#include "jobsettings/papersize.h"
 
 #include <cmath>
 #include <limits>
 
-#include "jobsettings/job_options.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/joboptions.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

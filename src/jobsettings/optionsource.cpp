@@ -1,4 +1,4 @@
-#include "jobsettings/option_source.h"
+#include "jobsettings/optionsource.h"
 
 #include <cstdlib>
 #include <map>

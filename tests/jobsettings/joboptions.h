@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "jobsettings/jobsettings.h"
-#include "jobsettings/option_source.h"
+#include "jobsettings/optionsource.h"
 
 namespace kesto::test {
 

@@ -1,4 +1,4 @@
-#include "jobsettings/paper_size.h"
+#include "jobsettings/papersize.h"
 
 #include <algorithm>
 #include <array>
@@ -7,10 +7,10 @@
 #include <cstring>
 #include <string_view>
 
-#include "jobsettings/media_names.h"
-#include "jobsettings/media_table.h"
-#include "jobsettings/option_source.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/medianames.h"
+#include "jobsettings/mediatable.h"
+#include "jobsettings/optionsource.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

@@ -1,6 +1,6 @@
-#include "jobsettings/option_source.h"
+#include "jobsettings/optionsource.h"
 
-#include "jobsettings/job_options.h"
+#include "jobsettings/joboptions.h"
 
 namespace kesto {
 namespace {

@@ -1,8 +1,8 @@
 #include <cstring>
 #include <vector>
 
-#include "jobsettings/job_options.h"
-#include "jobsettings/option_values.h"
+#include "jobsettings/joboptions.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {

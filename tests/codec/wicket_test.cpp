@@ -1,0 +1,336 @@
+#include "codec/wicket.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "bandcoder.h"
+#include "codec/fdct.h"
+#include "codec/huffmanreader.h"
+#include "codec/quantize.h"
+#include "codec/wicketsegment.h"
+#include "support/hex.h"
+
+namespace kesto {
+namespace {
+
+using test::BandCoder;
+using test::Bytes;
+using test::hex;
+
+constexpr std::size_t WHITE_BAND_PIXELS = 16 * 8;
+
+std::string whiteBand(BandCoder& codec) {
+  return hex(codec.white(16, 8));
+}
+
+TEST(Wicket, WritesAWhiteColourBand) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  EXPECT_EQ(whiteBand(codec), "FF 2B FE FE 28 A0 0F FF D0");
+  EXPECT_EQ(codec.status, 0);
+  codec.prepare(3, 16);
+  EXPECT_EQ(whiteBand(codec), "FE FE 28 A0 0F FF D3");
+  codec.prepare(9, 16);
+  EXPECT_EQ(whiteBand(codec), "FE FE 28 A0 0F FF D1");
+}
+
+TEST(Wicket, WritesAWhiteGreyBand) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  EXPECT_EQ(hex(codec.mono(16, Bytes(WHITE_BAND_PIXELS, 255), {3, 3})), "FF 2B FE FE 28 AF FF D0");
+  codec.prepare(2, 24);
+  EXPECT_EQ(hex(codec.mono(24, Bytes(24 * 8, 255), {3, 3, 3})), "FE FE 28 A2 BF FF D2");
+}
+
+TEST(Wicket, RestartsPredictionInEveryBlockRow) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  EXPECT_EQ(hex(codec.white(16, 16)), "FF 2B FE FE 28 A0 0F FF D0 FE FE 28 A0 0F FF D1");
+  codec.prepare(0, 0);  // no interval: the second row's differences are 0
+  EXPECT_EQ(hex(codec.white(16, 16)), "FF 2B FE FE 28 A0 02 8A 00");
+}
+
+TEST(Wicket, PadsTheQuantiserMarkerWhenAsked) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  setPadQMarker(codec.settings.get());
+  EXPECT_EQ(whiteBand(codec), "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF 2B FE FE 28 A0 0F FF D0");
+}
+
+TEST(Wicket, CodesDcValuesThemselvesWithoutPrediction) {
+  BandCoder codec;
+  codec.prepare(1, 16);
+  clearUseDeltaDC(codec.settings.get());
+  EXPECT_EQ(whiteBand(codec), "FE FE 2B FB F8 A0 0F FF D1");
+}
+
+TEST(Wicket, MarksEveryChangeOfQuantiserInTheFirstBandOnly) {
+  BandCoder codec;
+  const Bytes white(WHITE_BAND_PIXELS, 255);
+  codec.prepare(0, 16);
+  EXPECT_EQ(hex(codec.mono(16, white, {3, 1})), "FF 2B FE FE 2B FF 2C FA A6 BF FF D0");
+  codec.prepare(1, 16);  // without a marker prediction still starts afresh
+  EXPECT_EQ(hex(codec.mono(16, white, {3, 1})), "FE FE 2B EA 9A FF D1");
+  codec.prepare(0, 16);  // skipped blocks that are not empty are white
+  EXPECT_EQ(hex(codec.mono(16, white, {0, 0})), "FF 2C FA A6 8A FF D0");
+}
+
+TEST(Wicket, JoinsTheMapBytesOfBlocksThatShareChroma) {
+  BandCoder codec;
+  const Bytes gray(WHITE_BAND_PIXELS, 128);
+  for (const Bytes& map : {Bytes{1, 2}, Bytes{3, 0}, Bytes{2, 3}}) {
+    codec.prepare(0, 16);
+    EXPECT_EQ(hex(codec.color(16, Bytes(WHITE_BAND_PIXELS, 255), gray, gray, map)), "FF 2B FE FE 28 A0 0F FF D0");
+  }
+}
+
+TEST(Wicket, InterleavesFullResolutionChromaBlockByBlock) {
+  BandCoder codec;
+  codec.prepare(0, 8);
+  setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+  // Y 11111110 1111111000 1010, Cb 00 00, Cr 111111110 111111000 (504 in size 9) 00
+  EXPECT_EQ(hex(codec.color(8, Bytes(64, 255), Bytes(64, 128), Bytes(64, 191), {3})), "FF 2B FE FE 28 3F DF 83 FF D0");
+}
+
+TEST(Wicket, RefusesWhatItIsNotMadeFor) {
+  BandCoder codec;
+  codec.prepare(0, 24);
+  const Bytes plane(16 * 16 * 3, 0);
+  const Bytes map(12, 3);
+  Bytes out(16 * 16 * 4);
+  std::int32_t length = 99;
+  const auto run = [&](std::int32_t blocks, std::int32_t width, std::int32_t pixels, std::int32_t capacity) {
+    return wicketCompressPlanes(blocks, map.data(), width, pixels, plane.data(), plane.data(), plane.data(), capacity,
+                                out.data(), &length, codec.settings.get(), codec.coder.get());
+  };
+  EXPECT_EQ(run(3, 24, 192, 768), CODEC_BAD_SIZE);  // not in pairs
+  EXPECT_EQ(length, 0);
+  EXPECT_EQ(run(2, 16, 128, 383), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(2, 16, 128, -1), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(1, 16, 128, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(3, 16, 128, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(3, 16, 192, 768), CODEC_BAD_SIZE);  // 12 lines
+  EXPECT_EQ(run(0, 16, 0, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(0, 0, 0, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(-2, -16, -128, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(1, 4, 64, 512), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(0x2000000, 0x7FFFFFF0, 0x7FFFFFF0, 0x7FFFFFFF), CODEC_BAD_SIZE);
+  EXPECT_EQ(run(2, 16, 128, 512), CODEC_ODD_RESTART_INTERVAL);
+  setSampleType(SAMPLE_TYPE_420, codec.settings.get());
+  EXPECT_EQ(run(4, 16, 256, 1024), CODEC_UNSUPPORTED);
+  setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+  EXPECT_EQ(run(3, 24, 192, 768), 0);
+  EXPECT_EQ(run(2, 20, 160, 768), CODEC_BAD_SIZE);
+  codec.settings->sampleType = 0x411;
+  EXPECT_EQ(run(2, 16, 128, 512), CODEC_UNSUPPORTED);
+  codec.settings->initStatus = 1234;
+  length = 99;
+  EXPECT_EQ(run(2, 16, 128, 512), 1234);
+  EXPECT_EQ(length, 99);
+}
+
+TEST(Wicket, RefusesNullPointers) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  const Bytes plane(128, 0);
+  const Bytes map(2, 3);
+  Bytes out(512);
+  std::int32_t length = 0;
+  for (int missing = 0; missing < 8; ++missing) {
+    const auto unless = [missing](int index, auto* pointer) { return index == missing ? nullptr : pointer; };
+    EXPECT_EQ(wicketCompressPlanes(2, unless(0, map.data()), 16, 128, unless(1, plane.data()), unless(2, plane.data()),
+                                   unless(3, plane.data()), 512, unless(4, out.data()), unless(5, &length),
+                                   unless(6, codec.settings.get()), unless(7, codec.coder.get())),
+              CODEC_NULL_POINTER)
+        << missing;
+    if (missing < 1 || missing > 3) {
+      EXPECT_EQ(
+          wicketCompressMonoPlane(2, unless(0, map.data()), 16, 128, plane.data(), 512, unless(4, out.data()),
+                                  unless(5, &length), unless(6, codec.settings.get()), unless(7, codec.coder.get())),
+          CODEC_NULL_POINTER)
+          << missing;
+    }
+  }
+}
+
+/// Three streams out of one band.
+struct Separated {
+  std::array<Bytes, 3> out;
+  std::array<std::int32_t, 3> length = {99, 99, 99};
+  std::int32_t status = -1;
+
+  Separated(BandCoder& codec, std::int32_t width, const std::array<Bytes, 3>& planes, const Bytes& map,
+            std::size_t capacity) {
+    out.fill(Bytes(capacity));
+    status = wicketCompressSeparatedPlanes(
+        static_cast<std::int32_t>(map.size()), map.data(), width, static_cast<std::int32_t>(planes[0].size()),
+        planes[0].data(), planes[1].data(), planes[2].data(), static_cast<std::int32_t>(capacity), out[0].data(),
+        out[1].data(), out[2].data(), &length[0], &length[1], &length[2], codec.settings.get(), codec.coder.get());
+  }
+
+  std::string stream(std::size_t plane) {
+    return hex(std::span(out[plane]).first(static_cast<std::size_t>(length[plane])));
+  }
+};
+
+std::array<Bytes, 3> whitePlanes(std::size_t pixels) {
+  return {Bytes(pixels, 255), Bytes(pixels, 128), Bytes(pixels, 128)};
+}
+
+TEST(Wicket, WritesSeparatedPlanes) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  Separated pairs(codec, 16, whitePlanes(128), {3, 3}, 128);
+  EXPECT_EQ(pairs.status, 0);
+  EXPECT_EQ(pairs.stream(0), "FF 2B FE FE 28 AF FF D0");
+  EXPECT_EQ(pairs.stream(1), "FF 2B 0F");  // half an interval, which the next plane completes
+  EXPECT_EQ(pairs.stream(2), "FF 2B 0F FF D1");
+
+  codec.prepare(0, 0);
+  setSampleType(SAMPLE_TYPE_420, codec.settings.get());
+  Separated squares(codec, 16, whitePlanes(256), {1, 1, 2, 0}, 256);
+  EXPECT_EQ(squares.status, 0);
+  EXPECT_EQ(squares.stream(0), "FF 2B FE FE 28 A2 8A");
+  EXPECT_EQ(squares.stream(1), "FF 2B 0F");
+
+  codec.prepare(0, 0);
+  setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+  Separated full(codec, 8, whitePlanes(64), {1}, 64);
+  EXPECT_EQ(full.stream(0), "FF 2C FA A6 BF");
+  EXPECT_EQ(full.stream(2), "FF 2C 0F");
+}
+
+TEST(Wicket, AddsUpTheStatusOfSeparatedPlanes) {
+  BandCoder codec;
+  codec.prepare(0, 0);
+  setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+  Separated badWidth(codec, 20, whitePlanes(160), {3, 3}, 160);
+  EXPECT_EQ(badWidth.status, 0x020202);
+  EXPECT_EQ(badWidth.length, (std::array<std::int32_t, 3>{0, 0, 0}));
+  setSampleType(SAMPLE_TYPE_422, codec.settings.get());
+  EXPECT_EQ(Separated(codec, 24, whitePlanes(192), {3, 3, 3}, 192).status, CODEC_BAD_SIZE);
+  setSampleType(SAMPLE_TYPE_420, codec.settings.get());
+  EXPECT_EQ(Separated(codec, 16, whitePlanes(128), {3, 3}, 128).status, CODEC_BAD_SIZE);
+  EXPECT_EQ(Separated(codec, 16, whitePlanes(256), {3, 3}, 256).status, CODEC_BAD_SIZE);
+  EXPECT_EQ(Separated(codec, 16, whitePlanes(256), {3, 3, 3, 3}, 255).status, CODEC_BAD_SIZE);
+}
+
+TEST(Wicket, TakesChromaWholeOrNotAtAll) {
+  BandCoder codec;
+  codec.prepare(0, 16);
+  const Bytes plane(128, 255);
+  const Bytes map = {3, 3};
+  Bytes out(128);
+  std::int32_t length = 0;
+  const auto run = [&](const std::uint8_t* cb, std::uint8_t* crOut, std::int32_t* cbLength) {
+    return wicketCompressSeparatedPlanes(2, map.data(), 16, 128, plane.data(), cb, nullptr, 128, out.data(), nullptr,
+                                         crOut, &length, cbLength, nullptr, codec.settings.get(), codec.coder.get());
+  };
+  EXPECT_EQ(run(plane.data(), nullptr, nullptr), CODEC_NULL_POINTER);
+  EXPECT_EQ(run(nullptr, out.data(), nullptr), CODEC_NULL_POINTER);
+  EXPECT_EQ(run(nullptr, nullptr, &length), CODEC_NULL_POINTER);
+  EXPECT_EQ(run(nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(length, 8);
+}
+
+TEST(Wicket, GivesUpAGreyBandThatOutgrowsItsBufferAndStartsTheNextCleanly) {
+  BandCoder codec;
+  codec.prepare(0, 64);
+  setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+  Bytes noise = test::noisePlane(64, 8, 1);
+  for (std::uint8_t& byte : noise) byte = byte < 128 ? 0 : 255;
+  const Bytes map(8, 3);
+  Bytes out(512);
+  std::int32_t length = 99;
+  EXPECT_EQ(wicketCompressMonoPlane(8, map.data(), 64, 512, noise.data(), 512, out.data(), &length,
+                                    codec.settings.get(), codec.coder.get()),
+            CODEC_BAD_SIZE);
+  EXPECT_EQ(length, 0);
+  clearRestartMcuCount(codec.settings.get());
+  EXPECT_EQ(hex(codec.mono(16, Bytes(WHITE_BAND_PIXELS, 255), {3, 3})), "FF 2B FE FE 28 AF");
+}
+
+TEST(Wicket, LeavesOutUnquantisedCoefficientsThatHaveNoCode) {
+  BandCoder codec;
+  codec.prepare(1, 16);
+  Bytes stripes(WHITE_BAND_PIXELS);
+  for (std::size_t i = 0; i < stripes.size(); ++i) stripes[i] = i % 8 < 4 ? 255 : 0;
+  const Bytes gray(WHITE_BAND_PIXELS, 128);
+  codec.color(16, stripes, gray, gray, {2, 2});
+  EXPECT_EQ(codec.status, 0);
+  codec.prepare(1, 16);
+  EXPECT_EQ(codec.mono(16, stripes, {2, 2}), Bytes{});
+  EXPECT_EQ(codec.status, CODEC_BAD_SIZE);
+}
+
+/// The quantised coefficients of a grey band of one block row, block by block in zigzag order.
+std::vector<std::int32_t> expectedCoefficients(const Bytes& plane, int width) {
+  std::vector<std::int32_t> samples;
+  for (const std::uint8_t byte : plane) samples.push_back(byte * 4 - 512);
+  EXPECT_EQ(fDCTransform(samples.data(), width, 8, nullptr, 0, nullptr), 0);
+  std::vector<std::int32_t> blocks;
+  for (int left = 0; left < width; left += 8) {
+    for (const std::int32_t z : s_aiZigZagSequence) {
+      const std::int32_t x = samples[static_cast<std::size_t>(z / 8) * width + left + z % 8];
+      blocks.push_back((x < 0 ? x - 4 : x + 4) / 8);
+    }
+  }
+  return blocks;
+}
+
+/// Reads one block back into 64 coefficients.
+std::vector<std::int32_t> readBlock(WicketCoder* coder, std::int32_t& predictor) {
+  std::vector<std::int32_t> block(64);
+  std::int32_t value = 0;
+  EXPECT_EQ(decodeDCSymbol(&value, false, coder), 0);
+  block[0] = predictor += value;
+  for (std::size_t k = 1; k < 64; ++k) {
+    std::uint32_t run = 0;
+    EXPECT_EQ(decodeACSymbol(&run, &value, false, coder), 0);
+    if (run == 0 && value == 0) break;
+    k += run;
+    block.at(k) = value;
+  }
+  return block;
+}
+
+TEST(Wicket, WritesSymbolsThatReadBackAsItsCoefficients) {
+  for (const Bytes& plane : {test::noisePlane(640, 8, 5), test::naturalPlane(640, 8, 1), test::textPlane(640, 8, 2)}) {
+    BandCoder codec;
+    codec.prepare(0, 640);
+    const Bytes stream = codec.mono(640, plane, Bytes(80, 3));
+    const std::vector<std::int32_t> expected = expectedCoefficients(plane, 640);
+    ASSERT_EQ(decodeData(stream.data(), static_cast<std::uint32_t>(stream.size()), codec.coder.get()), 0);
+    EXPECT_EQ(checkForFlush(codec.coder.get()), MARKER_FLAT_QUANTIZER);
+    std::vector<std::int32_t> read;
+    std::int32_t predictor = 0;
+    for (int b = 0; b < 80; ++b) {
+      const std::vector<std::int32_t> block = readBlock(codec.coder.get(), predictor);
+      read.insert(read.end(), block.begin(), block.end());
+    }
+    EXPECT_EQ(read, expected);
+    EXPECT_EQ(checkForFlush(codec.coder.get()), 0xFFD0U);
+  }
+}
+
+TEST(Wicket, SegmentsEndAtRestartMarkers) {
+  const Bytes stream = {0xFF, 0x2B, 0x01, 0xFF, 0x00, 0xFF, 0xD0, 0xFF, 0xD7, 0xD1, 0xFF};
+  WicketSettings settings;
+  const std::uint8_t* segment = nullptr;
+  std::uint32_t length = 99;
+  EXPECT_EQ(getSegment(&segment, &length, &settings), CODEC_INPUT_END);
+  ASSERT_EQ(setSegmentStream(stream.data(), static_cast<std::uint32_t>(stream.size()), &settings), 0);
+  std::vector<std::string> segments;
+  while (getSegment(&segment, &length, &settings) == 0) segments.push_back(hex(std::span(segment, length)));
+  EXPECT_EQ(segments, (std::vector<std::string>{"FF 2B 01 FF 00", "", "D1 FF"}));
+  EXPECT_EQ(settings.segmentNumber, 3U);
+  EXPECT_EQ(setSegmentStream(nullptr, 1, &settings), CODEC_NULL_POINTER);
+  EXPECT_EQ(getSegment(nullptr, &length, &settings), CODEC_NULL_POINTER);
+}
+
+}  // namespace
+}  // namespace kesto
