@@ -105,7 +105,7 @@ void endRenderer(Renderer& renderer, const PageLoop& loop) {
 
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
 void reportIncomplete(const Renderer& renderer, const RasterStream& raster, const PageLoop& loop) {
-  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly() || renderer.execFailed()) return;
+  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly() || !renderer.started()) return;
   if (!raster.fault().empty()) {
     report("ERROR: Page %d is not printed: %s.\n", loop.pageCount() + 1, raster.fault().c_str());
     return;
@@ -143,7 +143,7 @@ int runJob(int argc, char* argv[]) {
   inspection.join();
 
   RasterStream raster(renderer);
-  const bool pageFollows = raster.readHeader();
+  const bool pageFollows = renderer.started() && raster.readHeader();
   if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
   Settings settings(raster.header(), argv[OPTIONS]);
   PageLoop loop(raster, fileType, pageFollows);

@@ -51,6 +51,10 @@ Renderer::Renderer(const char* serverBin, char* const argv[], const std::string&
     : program_(std::string(serverBin) + "/filter/pdftoraster") {
   constexpr std::size_t PROGRAM_LIMIT = 1024;
   if (program_.size() >= PROGRAM_LIMIT) program_.resize(PROGRAM_LIMIT - 1);
+  if (access(pdf.c_str(), R_OK) != 0) {
+    reportErrno("ERROR: Unable to open the document", errno);
+    return;
+  }
   std::string name = pdf;
   std::array<char*, 8> arguments = {argv[0], argv[1], argv[2], argv[3], argv[4], argv[5], name.data(), nullptr};
   start(arguments.data());
@@ -73,19 +77,18 @@ void Renderer::start(char* const arguments[]) {
   raster.writeEnd.close();
   execError.writeEnd.close();
   if (dup2(raster.readEnd.get(), STDIN_FILENO) < 0) failJob("ERROR: Unable to create pipe!", errno);
-  readExecError(execError.readEnd.get());
+  checkExec(execError.readEnd.get());
 }
 
-void Renderer::readExecError(int descriptor) {
+void Renderer::checkExec(int descriptor) {
   // The pipe closes when the exec succeeds, so that this read does not last longer than the exec.
   int error = 0;
   ssize_t got = -1;
   do {
     got = read(descriptor, &error, sizeof error);
   } while (got < 0 && errno == EINTR);
-  if (got != sizeof error) return;
-  execError_ = error;
-  reportErrno("ERROR: Unable to exec pdftoraster!", error);
+  started_ = got != sizeof error;
+  if (!started_) reportErrno("ERROR: Unable to exec pdftoraster!", error);
 }
 
 bool Renderer::ended() const {
@@ -119,7 +122,7 @@ void Renderer::stop() {
 }
 
 std::optional<std::string> Renderer::failure() const {
-  if (!end_ || execFailed()) return std::nullopt;
+  if (!end_ || !started_) return std::nullopt;
   if (WIFSIGNALED(*end_)) {
     const int number = WTERMSIG(*end_);
     return "was ended by signal " + std::to_string(number) + " (" + sigdescr_np(number) + ")";

@@ -19,7 +19,8 @@ class Renderer {
  public:
   /// Starts "`serverBin`/filter/pdftoraster" with the program name and the five job arguments of `argv` and the PDF
   /// file's name, and makes its output this process's standard input. Ends the job when no process can be made; a
-  /// program that cannot be executed is reported and leaves a renderer that delivers nothing.
+  /// document that cannot be opened, or a program that cannot be executed, is reported and leaves a renderer that has
+  /// not started.
   Renderer(const char* serverBin, char* const argv[], const std::string& pdf);
   Renderer(const Renderer&) = delete;
   Renderer& operator=(const Renderer&) = delete;
@@ -38,18 +39,18 @@ class Renderer {
   /// it has not ended, or when this object ended it.
   [[nodiscard]] std::optional<std::string> failure() const;
 
-  /// True when the program could not be executed, which has been reported.
-  [[nodiscard]] bool execFailed() const { return execError_ != 0; }
+  /// True when a renderer runs or has run; otherwise the reason has been reported.
+  [[nodiscard]] bool started() const { return started_; }
 
  private:
   void start(char* const arguments[]);
-  void readExecError(int descriptor);
+  void checkExec(int descriptor);
   [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;
 
   std::string program_;
   pid_t child_ = -1;        ///< -1 once reaped
   std::optional<int> end_;  ///< the child's wait status, when it ended by itself
-  int execError_ = 0;
+  bool started_ = false;
 };
 
 }  // namespace kesto

@@ -1,6 +1,8 @@
 // How the filter behaves when something is wrong: its messages, its exit status, and that nothing is left behind.
 #include <cerrno>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -15,6 +17,29 @@ std::string onlyError(const Outcome& outcome) {
   const auto errors = outcome.linesWith("ERROR:");
   EXPECT_EQ(errors.size(), 1u) << outcome.log;
   return errors.empty() ? "" : errors[0];
+}
+
+/// A document that opens with a password only.
+std::string encryptedPdf() {
+  const TemporaryFolder folder;
+  const std::string path = folder.path() + "/encrypted.pdf";
+  const Outcome made = run({.program = "/usr/bin/gs",
+                            .arguments = {"gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite", "-sUserPassword=u",
+                                          "-sOwnerPassword=o", "-o", path, "-c", "showpage"},
+                            .environment = {{"PATH", "/usr/bin:/bin"}}});
+  EXPECT_EQ(made.status, 0) << made.log;
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(Behaviour, ADocumentThatIsMissingIsToldOnce) {
+  TemporaryFolder folder;
+  Command command = filterCommand({.document = "page"}, folder);
+  command.arguments.back() = folder.path() + "/missing.pdf";
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(onlyError(outcome).find("Unable to open the document: No such file"), std::string::npos);
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
 }
 
 TEST(Behaviour, AWrongArgumentCountIsToldAndNothingIsPrinted) {
@@ -62,6 +87,9 @@ TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
       {"nothing", {.document = "close"}, "no page that can be printed"},
       {"empty", {.document = "", .realRenderer = true}, "no page that can be printed"},
       {"empty on standard input", {.document = "", .onStandardInput = true, .realRenderer = true}, "no page"},
+      {"password",
+       {.document = encryptedPdf(), .realRenderer = true},
+       "no page that can be printed: pdftoraster was ended"},
       {"garbage", {.document = "this is no PDF", .realRenderer = true}, "no page that can be printed"},
   };
   for (const Case& c : cases) {

@@ -12,10 +12,10 @@ namespace kesto::test {
 /// What to run, and with what around it.
 struct Command {
   std::string program;
-  std::vector<std::string> arguments;                            ///< argv[0] included
-  std::vector<std::pair<std::string, std::string>> environment;  ///< all of it
-  std::string input;                                             ///< written to standard input, then closed
-  std::chrono::milliseconds timeout{30000};                      ///< the program is killed then
+  std::vector<std::string> arguments;                              ///< argv[0] included
+  std::vector<std::pair<std::string, std::string>> environment{};  ///< all of it
+  std::string input{};                                             ///< written to standard input, then closed
+  std::chrono::milliseconds timeout{30000};                        ///< the program is killed then
 };
 
 struct Outcome {
