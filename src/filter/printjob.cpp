@@ -21,6 +21,7 @@
 #include "filter/rasterstream.h"
 #include "filter/renderer.h"
 #include "filter/session.h"
+#include "filter/util.h"
 #include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionsource.h"
@@ -123,9 +124,9 @@ void reportIncomplete(const Renderer& renderer, const RasterStream& raster, cons
 }  // namespace
 
 int runJob(int argc, char* argv[]) {
-  const char* fileType = getenv("CUPS_FILETYPE");
+  const char* fileType = environmentValue("CUPS_FILETYPE");
   report("START MAIN\n");
-  const char* uri = getenv("DEVICE_URI");
+  const char* uri = environmentValue("DEVICE_URI");
   const Device device = parseDeviceUri(uri != nullptr ? uri : "");
   connectivityType = device.connectivity;
   setvbuf(stderr, nullptr, _IONBF, 0);
@@ -137,7 +138,7 @@ int runJob(int argc, char* argv[]) {
 
   const InputFile pdf = findInput(argc, argv);
   PdfInspection inspection(pdf.name());
-  const char* serverBin = getenv("CUPS_SERVERBIN");
+  const char* serverBin = environmentValue("CUPS_SERVERBIN");
   uncollatedCopies_Prototype = decimalInteger(argv[COPIES]);
   Renderer renderer(serverBin != nullptr ? serverBin : "/usr/lib/cups", argv, pdf.name());
   inspection.join();

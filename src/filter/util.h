@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstdlib>
 
 namespace kesto {
 
@@ -12,6 +13,11 @@ namespace kesto {
   if constexpr (std::endian::native == std::endian::little) return value;
   const auto bits = std::bit_cast<std::uint32_t>(value);
   return std::bit_cast<float>((bits >> 24) | ((bits >> 8) & 0xFF00u) | ((bits << 8) & 0xFF0000u) | (bits << 24));
+}
+
+/// The environment variable `name`, or null. Nothing in the process changes the environment.
+[[nodiscard]] inline const char* environmentValue(const char* name) {
+  return std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
 }
 
 }  // namespace kesto

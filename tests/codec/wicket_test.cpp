@@ -46,6 +46,24 @@ TEST(Wicket, WritesAWhiteGreyBand) {
   EXPECT_EQ(hex(codec.mono(24, Bytes(24 * 8, 255), {3, 3, 3})), "FE FE 28 A2 BF FF D2");
 }
 
+TEST(Wicket, WritesABandWithAnEdgeAndColour) {
+  Bytes y;
+  Bytes cb;
+  Bytes cr;
+  for (int row = 0; row < 8; ++row) {
+    for (int column = 0; column < 16; ++column) {
+      y.push_back(static_cast<std::uint8_t>((column < 9 ? 250 : 20) + row / 2));
+      cb.push_back(static_cast<std::uint8_t>(100 + 3 * column - 2 * row));
+      cr.push_back(static_cast<std::uint8_t>(128 + (column & 2) * 3));
+    }
+  }
+  BandCoder codec;
+  codec.prepare(5, 16);
+  EXPECT_EQ(hex(codec.color(16, y, cb, cr, {3, 3})),
+            "FE F7 3E CD ED FE 7F EF AA FF 00 1B 5F F8 29 FD B7 FC 6C B7 FE 0A 1F C7 FC DF 37 ED 6B FF 00 AB F7 E2 07 "
+            "FB 55 F8 FF 00 82 5C 49 FE E7 FB CF F9 F7 D7 D0 F6 29 FF 00 CB AF FB 97 FF 00 DE 49 FF D5");
+}
+
 TEST(Wicket, RestartsPredictionInEveryBlockRow) {
   BandCoder codec;
   codec.prepare(0, 16);
