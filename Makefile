@@ -4,6 +4,7 @@
 #   make bench              measures the filter
 #   make lint               checks the formatting and runs the static analysis
 
+MAKEFLAGS += --no-print-directory
 JOBS := $(shell nproc)
 SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)

@@ -6,4 +6,4 @@ files=$(git ls-files --cached --others --exclude-standard '*.cpp' '*.h')
 # shellcheck disable=SC2086
 clang-format --dry-run --Werror $files
 # shellcheck disable=SC2086
-echo "$files" | tr ' ' '\n' | grep '\.cpp$' | xargs -P "$(nproc)" -n 4 clang-tidy -p "$1" --quiet
+echo "$files" | tr " " "\n" | grep '\.cpp$' | xargs -P "$(nproc)" -n 1 clang-tidy -p "$1" --quiet
