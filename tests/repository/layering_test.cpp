@@ -2,15 +2,23 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using Folders = std::set<std::string>;
+
+/// The folder of an include of our own; empty for any other line.
+std::string includedFolder(const std::string& line) {
+  constexpr std::string_view INCLUDE = "#include \"";
+  const std::size_t slash = line.find('/');
+  if (!line.starts_with(INCLUDE) || slash == std::string::npos) return {};
+  return line.substr(INCLUDE.size(), slash - INCLUDE.size());
+}
 
 TEST(Layering, EveryFolderIncludesOnlyTheFoldersBelowIt) {
   const std::map<std::string, Folders> allowed = {
@@ -21,7 +29,6 @@ TEST(Layering, EveryFolderIncludesOnlyTheFoldersBelowIt) {
       {"jobsettings", {"hdc"}},
       {"filter", {"jobsettings", "pclxl", "codec", "hdc", "npa"}},
   };
-  const std::regex include(R"(^\s*#include\s+\"(\w+)/)");
   int sources = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTO_SOURCES)) {
     if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") continue;
@@ -30,9 +37,8 @@ TEST(Layering, EveryFolderIncludesOnlyTheFoldersBelowIt) {
     ++sources;
     std::ifstream stream(entry.path());
     for (std::string line; std::getline(stream, line);) {
-      std::smatch match;
-      if (!std::regex_search(line, match, include)) continue;
-      const std::string included = match[1];
+      const std::string included = includedFolder(line);
+      if (included.empty()) continue;
       EXPECT_TRUE(included == folder || allowed.at(folder).contains(included)) << entry.path() << ": " << line;
     }
   }
