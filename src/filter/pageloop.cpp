@@ -10,6 +10,7 @@
 #include "filter/pagepipeline.h"
 #include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
+#include "jobsettings/optionvalues.h"
 
 namespace kesto {
 namespace {
@@ -47,9 +48,26 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
   return geometry;
 }
 
+/// Queues a whole line block as soon as it fits; the job thread is the ring's only writer, so the room cannot shrink.
+void sendBlock(std::span<const std::uint8_t> block) {
+  const auto size = static_cast<std::uint32_t>(block.size());
+  waitInJob([&] { return cbufferWriteBytes(&imageLineBlockBuffer, block.data(), size); });
+}
+
+/// Waits until the image thread has sent every block of the page, and ends the page.
+void finishPage() {
+  waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
+  waitInJob([] { return gBlockProcessingCompleted.load(std::memory_order_acquire) != 0; });
+  end_page();
+}
+
+bool isCancelled() {
+  return isTerminated.load(std::memory_order_acquire) != 0;
+}
+
 }  // namespace
 
-PageLoop::PageLoop(RasterStream& raster, const char* fileType, bool pageFollows)
+PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows)
     : raster_(raster),
       pageFollows_(pageFollows),
       jobSheet_(fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0),
@@ -61,6 +79,8 @@ PageLoop::PageLoop(RasterStream& raster, const char* fileType, bool pageFollows)
   block_.emplace(geometry_);
   const auto blockSize = static_cast<std::uint32_t>(block_->bytes().size());
   if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockSize)) failJobWithText({}, ENOMEM);
+  copies_.emplace(copies, jobsetting->duplex == ON, geometry_,
+                  CopyCache::PageWriter{.start = [this] { startPage(); }, .send = sendBlock, .end = finishPage});
 }
 
 PageLoop::~PageLoop() {
@@ -73,24 +93,31 @@ void PageLoop::free() {
   whiteLine_ = {};
   lineBuffer_ = {};
   block_.reset();
+  copies_.reset();
 }
 
 void PageLoop::run() {
-  while (pageFollows_ && isTerminated.load(std::memory_order_acquire) == 0) {
+  while (pageFollows_ && !isCancelled()) {
     printPage();
     if (jobSheet_) {
       leftEarly_ = true;
       return;
     }
     pageFollows_ = raster_.readHeader();
+    copies_->finishPage(pageFollows_, isCancelled());
   }
 }
 
-void PageLoop::printPage() {
+void PageLoop::startPage() {
   start_page();
+  imageThread_.ensureRunning();
+}
+
+void PageLoop::printPage() {
+  copies_->beginPage();
+  startPage();
   ++pageCount_;
   report("PAGE: %d %u\n", pageCount_, raster_.header()->NumCopies);
-  imageThread_.ensureRunning();
   readPage();
   finishPage();
 }
@@ -117,17 +144,9 @@ void PageLoop::mirrorRow(std::uint32_t slot) {
 
 void PageLoop::submitBlock(std::uint32_t firstLine) {
   block_->setFirstLine(firstLine);
-  const auto bytes = block_->bytes();
-  const auto size = static_cast<std::uint32_t>(bytes.size());
-  // A block goes in whole as soon as it fits; this thread is the ring's only writer, so that the room cannot shrink.
-  waitInJob([&] { return cbufferWriteBytes(&imageLineBlockBuffer, bytes.data(), size); });
+  sendBlock(block_->bytes());
+  copies_->keep(block_->bytes());
   block_->reset();
-}
-
-void PageLoop::finishPage() {
-  waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
-  waitInJob([] { return gBlockProcessingCompleted.load(std::memory_order_acquire) != 0; });
-  end_page();
 }
 
 }  // namespace kesto

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "filter/copycache.h"
 #include "filter/imagethread.h"
 #include "filter/lineblock.h"
 #include "filter/rasterstream.h"
@@ -17,14 +18,15 @@ class PageLoop {
  public:
   /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
   /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
-  /// of the file, or null; `pageFollows` tells whether the header has been read.
-  PageLoop(RasterStream& raster, const char* fileType, bool pageFollows);
+  /// of the file, or null; `copies` is how often each page is to be made here; `pageFollows` tells whether the header
+  /// has been read.
+  PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows);
   PageLoop(const PageLoop&) = delete;
   PageLoop& operator=(const PageLoop&) = delete;
   ~PageLoop();
 
-  /// Prints page after page until the raster ends, after the first page of a job sheet, or after SIGTERM; a page that
-  /// has begun is finished first.
+  /// Prints page after page with its copies until the raster ends, after the first page of a job sheet, or after
+  /// SIGTERM; a page that has begun is finished first.
   void run();
 
   /// Frees the line-block ring and the buffers. The image thread may still be running; it finds nothing to do.
@@ -42,7 +44,7 @@ class PageLoop {
   void printPage();
   void readPage();
   void submitBlock(std::uint32_t firstLine);
-  void finishPage();
+  void startPage();
   void mirrorRow(std::uint32_t slot);
 
   RasterStream& raster_;
@@ -53,6 +55,7 @@ class PageLoop {
   std::vector<std::uint8_t> whiteLine_, lineBuffer_;
   std::optional<LineBlock> block_;
   ImageThread imageThread_;
+  std::optional<CopyCache> copies_;
   int pageCount_ = 0;
   bool leftEarly_ = false;
 };

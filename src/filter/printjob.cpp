@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <pthread.h>
 #include <signal.h>
@@ -104,6 +105,14 @@ void endRenderer(Renderer& renderer, const PageLoop& loop) {
   }
 }
 
+/// How often the filter is to make each page. None of its copies are due when the printer or the spooler collates: with
+/// the attribute below the spooler's own PDF filter has made the copies already, and passes their number on as well.
+std::int32_t copiesToMake(const char* options) {
+  const char* handling = ticketValue(options, "multiple-document-handling");
+  const bool madeBySpooler = handling != nullptr && std::string_view(handling) == "separate-documents-collated-copies";
+  return madeBySpooler || collatedFlag_Prototype != 0 ? 1 : uncollatedCopies_Prototype;
+}
+
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
 void reportIncomplete(const Renderer& renderer, const RasterStream& raster, const PageLoop& loop) {
   if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly() || !renderer.started()) return;
@@ -147,7 +156,7 @@ int runJob(int argc, char* argv[]) {
   const bool pageFollows = renderer.started() && raster.readHeader();
   if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
   Settings settings(raster.header(), argv[OPTIONS]);
-  PageLoop loop(raster, fileType, pageFollows);
+  PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
 
   OutputChannel output(connectivityType);
   writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);

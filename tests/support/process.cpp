@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -132,8 +133,10 @@ Outcome Process::finish() {
     }
     readSome(50);
   }
-  waitpid(pid_, &status, 0);
+  rusage usage = {};
+  wait4(pid_, &status, 0, &usage);
   pid_ = -1;
+  outcome_.peakMemory = usage.ru_maxrss;
   outcome_.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   outcome_.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   outcome_.duration = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start_);

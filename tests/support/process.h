@@ -25,6 +25,7 @@ struct Outcome {
   std::vector<std::uint8_t> output;
   std::string log;  ///< standard error
   std::chrono::milliseconds duration{0};
+  long peakMemory = 0;  ///< KiB resident at most, of the program itself
 
   [[nodiscard]] std::vector<std::string> linesWith(const std::string& prefix) const;
 };
