@@ -1,6 +1,7 @@
 # Each target brings all that it needs: Debian's packages, the configuration and the build. See README.md.
 #   make demo               prints the sample document
 #   make test               builds and runs every test     SAN=address or SAN=thread: under a sanitizer
+#   make package            builds the Debian package in out/
 #   make bench              measures the filter
 #   make lint               checks the formatting and runs the static analysis
 
@@ -10,9 +11,9 @@ SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)
 BUILD := build/$(PRESET)
 
-.PHONY: demo test bench lint clean setup-build setup-test setup-bench setup-lint
+.PHONY: demo test package bench lint clean setup-build setup-test setup-package setup-bench setup-lint
 
-setup-build setup-test setup-bench setup-lint:
+setup-build setup-test setup-package setup-bench setup-lint:
 	@scripts/setup.sh $(@:setup-%=%)
 
 demo: setup-build
@@ -24,6 +25,12 @@ test: setup-test
 	@cmake --preset $(PRESET) -DKESTO_TESTS=ON
 	@cmake --build $(BUILD) -j$(JOBS)
 	@ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+
+package: setup-package
+	@cmake --preset release -DKESTO_TESTS=OFF
+	@cmake --build build/release -j$(JOBS)
+	@cpack --config build/release/CPackConfig.cmake -B out
+	@rm -rf out/_CPack_Packages
 
 bench: setup-bench
 	@cmake --preset bench

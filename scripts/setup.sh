@@ -1,12 +1,13 @@
 #!/bin/sh
 # Installs the Debian packages that a make target needs; does nothing when they are there.
-#   scripts/setup.sh build|test|bench|lint
+#   scripts/setup.sh build|test|package|bench|lint
 set -eu
 
 build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev libjpeg62-turbo-dev" ;;
+  test) packages="$build libgtest-dev libjpeg62-turbo-dev cups dpkg-dev file" ;;
+  package) packages="$build dpkg-dev file" ;;
   bench) packages="$build libbenchmark-dev" ;;
   lint) packages="$build libgtest-dev libjpeg62-turbo-dev libbenchmark-dev clang clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
