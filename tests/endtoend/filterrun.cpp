@@ -32,7 +32,8 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
   const std::string serverBin = call.realRenderer ? "/usr/lib/cups" : KESTO_STANDIN_SERVERBIN;
   command.environment.emplace_back("CUPS_SERVERBIN", call.serverBin.empty() ? serverBin : call.serverBin);
   for (const char* name : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
-    if (const char* value = getenv(name)) command.environment.emplace_back(name, value);
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
+    if (value != nullptr) command.environment.emplace_back(name, value);
   }
   return command;
 }
@@ -49,7 +50,7 @@ int processesWith(const std::string& marker) {
 
 Outcome runFilter(const FilterCall& call) {
   const TemporaryFolder folder;
-  const Outcome outcome = run(filterCommand(call, folder));
+  Outcome outcome = run(filterCommand(call, folder));
   EXPECT_FALSE(outcome.timedOut);
   EXPECT_EQ(outcome.signal, 0) << outcome.log;
   EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
