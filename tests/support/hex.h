@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kesto::test {
@@ -20,6 +21,16 @@ inline std::string hex(std::span<const std::uint8_t> bytes) {
     text += DIGITS[byte & 15];
   }
   return text;
+}
+
+/// The bytes of such text; blanks may stand anywhere between bytes, in any number.
+inline Bytes unhex(std::string_view text) {
+  Bytes bytes;
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] == ' ') continue;
+    bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(text.substr(i++, 2)), nullptr, 16)));
+  }
+  return bytes;
 }
 
 }  // namespace kesto::test

@@ -1,0 +1,201 @@
+#include <array>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include "npa/NPAPrinterAlertHandler.h"
+#include "npa/NPATHeader.h"
+#include "npa/NPATransport9300.h"
+#include "npa/NPATransportUSB.h"
+#include "npa/OIRCommandRequest.h"
+#include "support/alertbuilder.h"
+#include "support/udpresponder.h"
+
+namespace kesto {
+namespace {
+
+using test::Bytes;
+using test::hex;
+using test::UdpResponder;
+using test::unhex;
+using test::operator+;
+
+TEST(OirRequest, IsTheHeaderAndTheCommand) {
+  Bytes bytes(14);
+  NPATHeaderReq header;
+  header.CopyNPATHdrBytes(bytes.data());
+  EXPECT_EQ(hex(std::span(bytes).first(8)), "01 00 00 31 78 56 34 12");
+  header.setPacketID(0x9911223344);
+  header.CopyNPATHdrBytes(bytes.data());
+  OIRCommandReq().CopyOIRReqBytes(bytes.data() + NPATHeaderReq::getHeaderLength());
+  EXPECT_EQ(hex(bytes), "01 00 00 31 44 33 22 11 A5 00 03 50 04 06");
+  EXPECT_EQ(OIRCommandReq::getOIRLength(), 6);
+}
+
+/// The result of parsing, the number of entries and their texts ("-" for none), joined by '|'.
+std::string parsed(OIRCommandResp& answer, std::string_view text) {
+  Bytes bytes = unhex(text);
+  int count = -7;
+  const auto result = answer.ParseOIRResponse(bytes.data(), static_cast<unsigned short>(bytes.size()), count);
+  std::vector<char*> texts(static_cast<std::size_t>(count), nullptr);
+  EXPECT_EQ(answer.mappedString(texts.data()), count);
+  std::string all = std::to_string(result) + " " + std::to_string(count);
+  for (const char* entry : texts) all += std::string("|") + (entry == nullptr ? "-" : entry);
+  return all;
+}
+
+TEST(OirAnswer, NamesComponentAndCondition) {
+  OIRCommandResp answer;
+  EXPECT_EQ(parsed(answer, "A5 00 0D 50 04 06 02  08 00 04 05 AA  0E 00 01 04"), "1 2|SuppliesLow|Qbi FrameworkOpen");
+  EXPECT_EQ(hex(answer.entries()[0].header), "08 00 04 05");
+  EXPECT_EQ(hex(std::span(answer.entries()[0].bytes).first(6)), "08 00 04 05 AA 00");
+  EXPECT_EQ(parsed(answer,
+                   "A5 00 00 50 04 06 06  01 00 06 04  06 00 08 04  10 FF 3C 04  09 00 30 04  03 00 09 04"
+                   " 0C 00 2A 04"),
+            "1 6|InputNearly  Full|Jam|UnknownBeta Version|Logical Unit/EmulatorIncorrect Media in Tray|Internal"
+            "|PortNearlyExhausted");
+  EXPECT_EQ(parsed(answer, "A5 00 00 50 04 06 04  00 00 01 04  11 00 01 04  01 00 00 04  01 00 3D 04"), "1 4|-|-|-|-");
+}
+
+TEST(OirAnswer, EndsWithTheFirstEntryThatLies) {
+  OIRCommandResp answer;
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 03  08 00 04 04"), "1 1|SuppliesLow");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 00"), "1 1|SuppliesLow");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 05"), "1 1|SuppliesLow");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 FF  08 00 04 04  08 00"), "1 1|SuppliesLow");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01  08 00 04 FF"), "1 0");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 00  08 00 04 04"), "1 0");
+  // No answer at all, and none is left of the one before.
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01  08 00 04 04"), "1 1|SuppliesLow");
+  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01"), "-1 0");
+  EXPECT_EQ(parsed(answer, "A4 00 08 50 04 06 01  08 00 04 04"), "-1 0");
+  EXPECT_EQ(parsed(answer, ""), "-1 0");
+}
+
+int openDescriptors() {
+  int count = 0;
+  for (int descriptor = 0; descriptor < 256; ++descriptor) count += fcntl(descriptor, F_GETFD) >= 0 ? 1 : 0;
+  return count;
+}
+
+TEST(Transport, IsChosenByItsNumber) {
+  EXPECT_NE(dynamic_cast<NPATransport9300*>(NPATransportFactory::CreateTransportObj(1).get()), nullptr);
+  EXPECT_EQ(NPATransportFactory::CreateTransportObj(0), nullptr);
+  EXPECT_EQ(NPATransportFactory::CreateTransportObj(3), nullptr);
+  const auto usb = NPATransportFactory::CreateTransportObj(2);
+  ASSERT_NE(dynamic_cast<NPATransportUSB*>(usb.get()), nullptr);
+  Bytes bytes(540, 0xEE);
+  EXPECT_EQ(usb->InitializeConnection(nullptr), 0);
+  EXPECT_EQ(usb->SendNPACommand(bytes.data(), 14), 0);
+  EXPECT_EQ(usb->ReadNPAResponse(bytes.data(), 540), 0);
+  EXPECT_EQ(usb->ShutdownConnection(), 0);
+}
+
+TEST(Transport9300, RefusesWhatCannotWork) {
+  NPATransport9300 transport;
+  EXPECT_EQ(transport.port, 9300);
+  EXPECT_EQ(transport.socketDescriptor, 0);
+  const int before = openDescriptors();
+  Bytes bytes(540, 0xEE);
+  std::string shortAddress = "1.2.3.4";
+  std::string noAddress = "127.0.0.256";
+  EXPECT_EQ(transport.InitializeConnection(nullptr), -1);
+  EXPECT_EQ(transport.InitializeConnection(shortAddress.data()), -1);
+  EXPECT_EQ(transport.InitializeConnection(noAddress.data()), 0);
+  EXPECT_EQ(transport.connected, 0);
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(transport.SendNPACommand(bytes.data(), 14), -1);
+  EXPECT_EQ(transport.ReadNPAResponse(bytes.data(), 540), -1);
+
+  std::string loopback = "127.0.0.1";
+  EXPECT_EQ(transport.InitializeConnection(loopback.data()), 0);
+  EXPECT_EQ(transport.connected, 1);
+  EXPECT_EQ(transport.InitializeConnection(loopback.data()), 0);
+  EXPECT_EQ(openDescriptors(), before + 1) << "the socket before was closed";
+  EXPECT_EQ(transport.SendNPACommand(nullptr, 14), -1);
+  EXPECT_EQ(transport.SendNPACommand(bytes.data(), 0), -1);
+  EXPECT_EQ(transport.ReadNPAResponse(nullptr, 540), -1);
+  EXPECT_EQ(transport.ReadNPAResponse(bytes.data(), 539), -1);
+  EXPECT_EQ(transport.ShutdownConnection(), 0);
+  EXPECT_EQ(transport.ShutdownConnection(), 0) << "twice closes once";
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+/// A handler whose polls go to a responder.
+class Handler : public testing::Test {
+ protected:
+  void connectTo(const UdpResponder& printer) {
+    std::ranges::copy(printer.address(), param_.address.begin());
+    dynamic_cast<NPATransport9300&>(*NPAPrinterAlertHandler::pNPATransport).port = printer.port();
+  }
+  /// The result of a poll, the number of entries and their texts.
+  std::string poll() {
+    std::string all = std::to_string(handler_.GetPrinterOIRStatus(&param_));
+    all += ' ';
+    all += std::to_string(handler_.entryCount());
+    std::vector<char*> texts(static_cast<std::size_t>(handler_.entryCount()), nullptr);
+    handler_.GetParsedString(texts.data());
+    for (const char* text : texts) all += std::string("|") + text;
+    return all;
+  }
+
+  oirThreadParam param_;
+  NPAPrinterAlertHandler handler_{NPA_TRANSPORT_9300};
+};
+
+TEST_F(Handler, AsksAndKeepsTheLastAnswer) {
+  const auto answer = [](std::string_view entries) {
+    return std::vector<Bytes>{unhex("01 00 00 31 00 00 00 00 11 11 00 00") + unhex(entries)};
+  };
+  // The full size of a datagram that is read, and one that is longer: their entries run to the end and beyond.
+  Bytes full = test::oirDatagram({unhex("08 00 04 04"), Bytes{0x0A, 0, 1, 255} + Bytes(251)});
+  full[18] = 4;
+  full = full + Bytes{0x0B, 0, 1, 255} + Bytes(251) + Bytes{0x02, 0, 7, 7};
+  ASSERT_EQ(full.size(), 537U);
+  UdpResponder printer("127.0.0.1", 0,
+                       {{test::oirDatagram({unhex("08 00 04 04"), unhex("0E 00 01 05 FF")})},
+                        {full + Bytes(3)},
+                        {full + Bytes(2) + Bytes(1000)},
+                        answer("A5 00 04 50 04 06 01"),
+                        {test::oirDatagram({unhex("08 00 04 05")})},
+                        {test::oirDatagram({unhex("01 00 08 04")})}});
+  connectTo(printer);
+  const int before = openDescriptors();
+  EXPECT_EQ(poll(), "1 2|SuppliesLow|Qbi FrameworkOpen");
+  EXPECT_EQ(poll(), "1 4|SuppliesLow|CoverOpen|OptionOpen|OutputFull");
+  EXPECT_EQ(poll(), "1 4|SuppliesLow|CoverOpen|OptionOpen|OutputFull");
+  EXPECT_EQ(poll(), "1 0") << "seven bytes behind the prefix";
+  EXPECT_EQ(poll(), "1 0") << "an entry one byte longer than the datagram";
+  EXPECT_EQ(poll(), "1 1|InputJam");
+  EXPECT_EQ(openDescriptors(), before + 1);
+  const auto requests = printer.stop();
+  ASSERT_EQ(requests.size(), 6U);
+  for (const auto& request : requests) EXPECT_EQ(hex(request), "01 00 00 31 11 11 00 00 A5 00 03 50 04 06");
+}
+
+TEST_F(Handler, WaitsOneSecondForAnAnswerThatDoesNotCome) {
+  UdpResponder printer("127.0.0.1", 0, {{test::oirDatagram({unhex("08 00 04 04")})}, {}});
+  connectTo(printer);
+  EXPECT_EQ(poll(), "1 1|SuppliesLow");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(poll(), "1 0");
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, std::chrono::milliseconds(990));
+  EXPECT_LT(waited, std::chrono::milliseconds(1900));
+  EXPECT_EQ(handler_.receivedLength(), -1);
+}
+
+TEST_F(Handler, ReportsThatNothingWasSent) {
+  EXPECT_EQ(poll(), "-1 0") << "no address";
+  NPAPrinterAlertHandler usb(NPA_TRANSPORT_USB);
+  EXPECT_EQ(poll(), "0 0") << "the transport is shared";
+  const NPAPrinterAlertHandler none(NPATransportTypes{7});
+  EXPECT_EQ(poll(), "-1 0");
+}
+
+}  // namespace
+}  // namespace kesto
