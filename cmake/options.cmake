@@ -12,6 +12,7 @@ endif()
 
 option(KESTO_TESTS "Build the tests" ON)
 option(KESTO_BENCH "Build the benchmark" OFF)
+option(KESTO_FUZZ "Build the fuzz targets; needs clang" OFF)
 set(KESTO_SANITIZE "" CACHE STRING "Sanitizer: empty, address (with undefined behaviour) or thread")
 
 add_compile_options(

@@ -1,0 +1,38 @@
+// A response of any size and content through the alert parser.
+#include <algorithm>
+#include <cstdint>
+#include <span>
+
+#include "fuzz/require.h"
+#include "npa/NpaParser.h"
+#include "npa/alerttext.h"
+
+namespace {
+
+using kesto::fuzz::require;
+
+void requireText(std::span<const char> text) {
+  require(std::ranges::find(text, '\0') != text.end());
+}
+
+void requireSound(const kesto::PSSDALERTINFO& alert, std::size_t responseSize) {
+  requireText(alert.text_1_4_9);
+  requireText(alert.text_1_4_10);
+  require(alert.entryCount >= 0 && static_cast<std::size_t>(alert.entryCount) <= responseSize);
+  for (const auto& entry : std::span(alert.entries, static_cast<std::size_t>(alert.entryCount)))
+    requireText(entry.text);
+  for (const char c : alertText(alert)) require(static_cast<std::uint8_t>(c) >= 0x20 && c != 0x7F);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  kesto::PSSDALERTINFO* records = nullptr;
+  std::int32_t count = -1;
+  const auto result = kesto::GetExtAlertInformation(data, static_cast<std::uint32_t>(size), records, count);
+  require(result == 0 ? records != nullptr && count > 0 : records == nullptr && count == 0);
+  require(static_cast<std::size_t>(count) <= size);
+  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) requireSound(alert, size);
+  kesto::releaseAlerts(records, count);
+  return 0;
+}

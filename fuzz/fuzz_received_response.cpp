@@ -1,0 +1,61 @@
+// Blocks of bytes, as a printer sends them, through the reassembly and on to what would be reported.
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "fuzz/require.h"
+#include "npa/NPAValidator.h"
+#include "npa/NpaParser.h"
+#include "npa/alerttext.h"
+
+namespace {
+
+using kesto::fuzz::require;
+
+void startReassembly() {
+  kesto::validBuffer = {};
+  kesto::setContinueFlag = 0;
+  kesto::firstresponse = 1;
+  kesto::validBufferCount = 0;
+  kesto::firstResponseBufferCount = 0;
+}
+
+void readAlerts(std::int32_t length) {
+  kesto::PSSDALERTINFO* records = nullptr;
+  std::int32_t count = 0;
+  static_cast<void>(
+      kesto::GetExtAlertInformation(kesto::validBuffer.data(), static_cast<std::uint32_t>(length), records, count));
+  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) require(!alertText(alert).empty());
+  kesto::releaseAlerts(records, count);
+}
+
+void receive(const std::vector<std::uint8_t>& block) {
+  std::int32_t length = -1;
+  std::int32_t done = 1;
+  const bool complete = kesto::ValidateReceivedResponse(block.data(), kesto::validBuffer,
+                                                        static_cast<std::uint32_t>(block.size()), length, done);
+  require(length >= 0 && length <= 1024);
+  require(!complete || (done == -1 && length >= 7));
+  require(kesto::validBufferCount >= 0 && kesto::validBufferCount <= 1024);
+  require(kesto::firstResponseBufferCount >= 0);
+  if (!complete) return;
+  readAlerts(length);
+  kesto::validBuffer = {};
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  startReassembly();
+  // Two bytes of length before each block; the last block is what is left.
+  std::span rest(data, size);
+  while (rest.size() >= 2) {
+    const std::size_t wanted = std::size_t{rest[0]} << 8 | rest[1];
+    rest = rest.subspan(2);
+    const auto block = rest.first(std::min(wanted, rest.size()));
+    rest = rest.subspan(block.size());
+    receive({block.begin(), block.end()});  // storage of its own, so that a read beyond it is seen
+  }
+  return 0;
+}
