@@ -1,6 +1,7 @@
 # Each target brings all that it needs: Debian's packages, the configuration and the build. See README.md.
 #   make demo               prints the sample document
-#   make test               builds and runs every test     SAN=address or SAN=thread: under a sanitizer
+#   make test               builds and runs every test, and each fuzz target for a bounded number of executions
+#                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make package            builds the Debian package in out/
 #   make bench              measures the filter
 #   make lint               checks the formatting and runs the static analysis
@@ -25,6 +26,11 @@ test: setup-test
 	@cmake --preset $(PRESET) -DKESTO_TESTS=ON
 	@cmake --build $(BUILD) -j$(JOBS)
 	@ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+ifeq ($(SAN),)
+	@cmake --preset fuzz
+	@cmake --build build/fuzz -j$(JOBS)
+	@ctest --test-dir build/fuzz --output-on-failure -j$(JOBS)
+endif
 
 package: setup-package
 	@cmake --preset release -DKESTO_TESTS=OFF

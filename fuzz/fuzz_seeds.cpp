@@ -6,18 +6,18 @@
 #include <string_view>
 #include <vector>
 
-#include "support/alertbuilder.h"
+#include "kestoprinter/answers.h"
 
 namespace {
 
-using kesto::test::Alert;
-using kesto::test::alertBlock;
-using kesto::test::alertPackets;
-using kesto::test::alertResponse;
+using kesto::printer::Alert;
+using kesto::printer::alertBlock;
+using kesto::printer::alertPackets;
+using kesto::printer::alertResponse;
+using kesto::printer::oirDatagram;
 using kesto::test::Bytes;
-using kesto::test::oirDatagram;
 using kesto::test::unhex;
-using kesto::test::operator+;
+using kesto::printer::operator+;
 
 void writeFile(const std::filesystem::path& folder, std::string_view name, const Bytes& bytes) {
   std::filesystem::create_directories(folder);

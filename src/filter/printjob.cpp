@@ -8,8 +8,10 @@
 #include <string>
 #include <string_view>
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include "filter/device.h"
 #include "filter/imagethread.h"
@@ -22,6 +24,7 @@
 #include "filter/rasterstream.h"
 #include "filter/renderer.h"
 #include "filter/session.h"
+#include "filter/statusmonitor.h"
 #include "filter/util.h"
 #include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
@@ -46,6 +49,15 @@ void installSignalHandlers() {
   sigaction(SIGTERM, &action, &oldaction);
   // A backend that closes its end shows up as a failed write, which is reported.
   signal(SIGPIPE, SIG_IGN);
+}
+
+/// Puts something harmless where a descriptor with a fixed meaning is closed, so that no file of the job's own takes
+/// its number. A standard output that is closed stays one that cannot be written.
+void reserveDescriptors() {
+  constexpr int SIDE_CHANNEL = 4;
+  for (int descriptor = STDIN_FILENO; descriptor <= SIDE_CHANNEL; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR);
+  }
 }
 
 InputFile findInput(int argc, char* argv[]) {
@@ -143,6 +155,7 @@ int runJob(int argc, char* argv[]) {
     report("Usage: %s job user title copies options [filename]\n", argc > 0 ? argv[PROGRAM] : "pdftokesto");
     return 1;
   }
+  reserveDescriptors();
   installSignalHandlers();
 
   const InputFile pdf = findInput(argc, argv);
@@ -158,7 +171,9 @@ int runJob(int argc, char* argv[]) {
   Settings settings(raster.header(), argv[OPTIONS]);
   PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
 
+  StatusMonitor monitor(device);
   OutputChannel output(connectivityType);
+  writeStatusRequests(device);
   writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);
   startSession(jobsetting->resolution);
   loop.run();
@@ -170,6 +185,7 @@ int runJob(int argc, char* argv[]) {
   endSession();
   writePJLEndOfJob();
   output.finish();
+  monitor.stop();
   loop.stopImageThread();
   reportIncomplete(renderer, raster, loop);
   report("END MAIN\n");

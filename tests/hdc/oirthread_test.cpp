@@ -10,9 +10,9 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "kestoprinter/answers.h"
 #include "npa/NPAPrinterAlertHandler.h"
 #include "npa/NPATransport9300.h"
-#include "support/alertbuilder.h"
 #include "support/udpresponder.h"
 
 namespace kesto {
@@ -50,9 +50,9 @@ class CapturedReports {
 
 TEST(OirThread, ReportsTheFirstEntryOfAnAnswer) {
   UdpResponder printer("127.0.0.1", 0,
-                       {{test::oirDatagram({unhex("08 00 04 04"), unhex("01 00 08 04")})},
-                        {test::oirDatagram({unhex("63 00 04 04"), unhex("01 00 08 04")})},
-                        {test::oirDatagram({})}});
+                       {{printer::oirDatagram({unhex("08 00 04 04"), unhex("01 00 08 04")})},
+                        {printer::oirDatagram({unhex("63 00 04 04"), unhex("01 00 08 04")})},
+                        {printer::oirDatagram({})}});
   oirThreadParam param;
   std::ranges::copy(printer.address(), param.address.begin());
   NPAPrinterAlertHandler handler(NPA_TRANSPORT_9300);
@@ -69,7 +69,7 @@ TEST(OirThread, AsksUntilThePrinterSpeaksAndPausesThen) {
   // An address of this process's own: others may test at the same time, and the port is fixed.
   const std::string address =
       "127.93." + std::to_string(getpid() / 250 % 250) + "." + std::to_string(getpid() % 250 + 1);
-  UdpResponder printer(address, 9300, {{test::oirDatagram({})}, {test::oirDatagram({unhex("0E 00 01 04")})}});
+  UdpResponder printer(address, 9300, {{printer::oirDatagram({})}, {printer::oirDatagram({unhex("0E 00 01 04")})}});
   static oirThreadParam param;  // the thread outlives the test
   std::ranges::copy(address, param.address.begin());
   const CapturedReports reports;

@@ -6,19 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include "kestoprinter/answers.h"
 #include "npa/alerttext.h"
-#include "support/alertbuilder.h"
 #include "support/hex.h"
 
 namespace kesto {
 namespace {
 
+using printer::containerItem;
+using printer::integerItem;
+using printer::stringItem;
 using test::Bytes;
-using test::containerItem;
-using test::integerItem;
-using test::stringItem;
 using test::unhex;
-using test::operator+;
+using printer::operator+;
 
 /// The alerts of a response, which is handed over in storage of exactly its size; freed with the object.
 class Alerts {
@@ -46,7 +46,7 @@ class Alerts {
 
 /// The alerts of a tree: a root with these items.
 Alerts alertsIn(const std::vector<Bytes>& items) {
-  return Alerts(test::alertResponse(test::MASK_ERRORS, test::alertBlock(containerItem(1, items))));
+  return Alerts(printer::alertResponse(printer::MASK_ERRORS, printer::alertBlock(containerItem(1, items))));
 }
 
 /// A response with one alert of all items, and others. Identifiers take two bytes, types one, element counts three,
@@ -99,11 +99,11 @@ TEST(ExtendedAlerts, AreReadItemByItem) {
 }
 
 TEST(ExtendedAlerts, ComeInOrderWithTheirOwnEntriesAndTexts) {
-  std::vector<test::Alert> built(3);
+  std::vector<printer::Alert> built(3);
   built[0] = {.entries = {{1, "Paper jam"}, {2, "Open door B"}}, .text9 = "Tray 1", .text10 = "ten", .code = 100};
   built[1] = {.entries = {}, .text9 = "No entry", .text10 = {}, .code = 200};
   for (std::uint64_t i = 0; i < 9; ++i) built[2].entries.push_back({i, "entry " + std::to_string(i)});
-  const Alerts alerts(test::alertResponse(test::MASK_WARNINGS, test::alertBlock(built)));
+  const Alerts alerts(printer::alertResponse(printer::MASK_WARNINGS, printer::alertBlock(built)));
   ASSERT_EQ(alerts.count, 3);
   ASSERT_EQ(alerts[0].entryCount, 2);
   EXPECT_EQ(alerts.entry(0, 0), "1 Paper jam");
@@ -167,12 +167,12 @@ TEST(ExtendedAlerts, BoundTheirTexts) {
 }
 
 TEST(ExtendedAlerts, TakeTheirTypeFromTheMask) {
-  const Bytes block = test::alertBlock({{.entries = {{1, "Text"}}, .text9 = {}, .text10 = {}}});
+  const Bytes block = printer::alertBlock({{.entries = {{1, "Text"}}, .text9 = {}, .text10 = {}}});
   const std::pair<int, AlertType> types[] = {{0x01, ALERT_ERROR},   {0x03, ALERT_ERROR},   {0xFD, ALERT_ERROR},
                                              {0x02, ALERT_WARNING}, {0xFE, ALERT_WARNING}, {0x00, ALERT_OTHER},
                                              {0xFC, ALERT_OTHER}};
   for (const auto& [mask, type] : types) {
-    EXPECT_EQ(Alerts(test::alertResponse(static_cast<std::uint8_t>(mask), block))[0].alertType, type) << mask;
+    EXPECT_EQ(Alerts(printer::alertResponse(static_cast<std::uint8_t>(mask), block))[0].alertType, type) << mask;
   }
   std::string digits(9, '0');
   convertDecimalToBinary(0x16, digits);
@@ -202,7 +202,7 @@ TEST(AlertHeader, GivesTheWidthsOfItsGroups) {
 
 TEST(AlertHeader, WithoutAValueLengthLeavesValuesEmpty) {
   const Bytes root = unhex("01 00 01 00 0E  02 00 01 00 09  01 00 01 00 04  04 01  04 01");
-  const Alerts alerts(test::alertResponse(1, test::alertBlock(root, "P{ID:1 DT:1}C{NE:1 LD:2}V{}")));
+  const Alerts alerts(printer::alertResponse(1, printer::alertBlock(root, "P{ID:1 DT:1}C{NE:1 LD:2}V{}")));
   ASSERT_EQ(alerts.count, 1);
   EXPECT_EQ(alerts[0].item_4, 0U);
 }
@@ -239,7 +239,8 @@ TEST(LyingAlerts, AreRefusedWhenTheirFrameIsBroken) {
     EXPECT_EQ(Alerts(response).result, -1) << offset;
     EXPECT_EQ(Alerts(response).count, 0) << offset;
   }
-  EXPECT_EQ(Alerts(test::alertResponse(1, test::alertBlock(std::vector<test::Alert>()))).result, -1) << "no alert";
+  EXPECT_EQ(Alerts(printer::alertResponse(1, printer::alertBlock(std::vector<printer::Alert>()))).result, -1)
+      << "no alert";
   Alerts({});
 }
 
@@ -271,13 +272,13 @@ TEST(LyingAlerts, CostNoMoreThanTheirBytes) {
         "P{ID:0 DT:1}x{NE:8 LD:0}x{LD:0}", "P{ID:1 DT:0}x{NE:8 LD:8}x{LD:8}", "P{ID:9999999999999999999 DT:1}x{}x{}",
         "P{ID:1 DT:99999999}x{NE:1 LD:1}x{}", "P{ID:0 DT:0}x{NE:0 LD:0}x{LD:0}"}) {
     for (const Bytes& root : {nested, empty, Bytes(60000, 0xFF), Bytes(60000, 0x00)}) {
-      EXPECT_EQ(Alerts(test::responseHead(1) + test::alertBlock(root, header)).count, 0) << header;
+      EXPECT_EQ(Alerts(printer::responseHead(1) + printer::alertBlock(root, header)).count, 0) << header;
     }
   }
   // As many alerts as a block can hold cost no more than they take: 6000 lists of one alert.
   Bytes lists = unhex("01 1770 EA60");
   for (int i = 0; i < 6000; ++i) lists = lists + unhex("02 0001 0005  01 0000 0000");
-  const Alerts alerts(test::responseHead(1) + test::alertBlock(lists, "P{ID:1 DT:0}x{NE:2 LD:2}x{LD:0}"));
+  const Alerts alerts(printer::responseHead(1) + printer::alertBlock(lists, "P{ID:1 DT:0}x{NE:2 LD:2}x{LD:0}"));
   EXPECT_EQ(alerts.count, 6000);
 }
 
@@ -286,10 +287,10 @@ TEST(LyingAlerts, SurviveAnyChange) {
   const auto pick = [&random](std::size_t below) {
     return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
   };
-  std::vector<test::Alert> built(2);
+  std::vector<printer::Alert> built(2);
   built[0] = {.entries = {{1, "Paper jam"}, {2, "Open"}, {3, "Close"}}, .text9 = "Tray", .text10 = "ten", .code = 1};
   built[1] = {.entries = {{1, "Toner"}}, .text9 = {}, .text10 = "Low", .code = 9};
-  const Bytes responses[] = {test::alertResponse(1, test::alertBlock(built)), unhex(EVERY_ITEM)};
+  const Bytes responses[] = {printer::alertResponse(1, printer::alertBlock(built)), unhex(EVERY_ITEM)};
   int parsed = 0;
   for (int round = 0; round < 40000; ++round) {
     Bytes response = responses[round % 2];

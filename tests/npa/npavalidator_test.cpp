@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "kestoprinter/answers.h"
 #include "npa/reassembly.h"
-#include "support/alertbuilder.h"
 #include "support/hex.h"
 
 namespace kesto {
@@ -18,7 +18,7 @@ using test::hex;
 using test::resetReassembly;
 using test::scan;
 using test::unhex;
-using test::operator+;
+using printer::operator+;
 
 TEST(NpaCommand, TravelsBehindTheNetworkHeader) {
   Bytes datagram(26, 0xEE);
@@ -167,7 +167,7 @@ TEST_F(Reassembly, HoldsAResponseOf1024BytesAndNoneThatIsLonger) {
   for (const std::size_t packetSize : {1024UL, 1019UL, 300UL, 30UL}) {
     resetReassembly();
     Bytes block;
-    for (const auto& packet : test::alertPackets(1, tree, packetSize)) block = block + packet;
+    for (const auto& packet : printer::alertPackets(1, tree, packetSize)) block = block + packet;
     auto result = scan(block);
     EXPECT_TRUE(result.complete) << packetSize;
     EXPECT_EQ(result.length, 1024) << packetSize;
@@ -175,7 +175,7 @@ TEST_F(Reassembly, HoldsAResponseOf1024BytesAndNoneThatIsLonger) {
 
     resetReassembly();
     block.clear();
-    for (const auto& packet : test::alertPackets(1, tree + Bytes{0x5B}, std::max<std::size_t>(packetSize, 30))) {
+    for (const auto& packet : printer::alertPackets(1, tree + Bytes{0x5B}, std::max<std::size_t>(packetSize, 30))) {
       block = block + packet;
     }
     result = scan(block);
@@ -190,11 +190,11 @@ TEST_F(Reassembly, SurvivesAnyChangeToValidPackets) {
     return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
   };
   const Bytes block =
-      test::alertBlock({{.entries = {{1, "Paper jam"}, {2, "Open the door"}}, .text9 = "Tray", .text10 = {}}});
+      printer::alertBlock({{.entries = {{1, "Paper jam"}, {2, "Open the door"}}, .text9 = "Tray", .text10 = {}}});
   int complete = 0;
   for (int round = 0; round < 20000; ++round) {
     Bytes received;
-    for (const auto& packet : test::alertPackets(1, block, 40 + pick(300))) received = received + packet;
+    for (const auto& packet : printer::alertPackets(1, block, 40 + pick(300))) received = received + packet;
     for (auto changes = pick(6); changes > 0; --changes) {
       received[pick(received.size())] = static_cast<std::uint8_t>(pick(256));
     }

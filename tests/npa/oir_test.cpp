@@ -7,12 +7,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include "kestoprinter/answers.h"
 #include "npa/NPAPrinterAlertHandler.h"
 #include "npa/NPATHeader.h"
 #include "npa/NPATransport9300.h"
 #include "npa/NPATransportUSB.h"
 #include "npa/OIRCommandRequest.h"
-#include "support/alertbuilder.h"
 #include "support/udpresponder.h"
 
 namespace kesto {
@@ -22,7 +22,7 @@ using test::Bytes;
 using test::hex;
 using test::UdpResponder;
 using test::unhex;
-using test::operator+;
+using printer::operator+;
 
 TEST(OirRequest, IsTheHeaderAndTheCommand) {
   Bytes bytes(14);
@@ -152,17 +152,17 @@ TEST_F(Handler, AsksAndKeepsTheLastAnswer) {
     return std::vector<Bytes>{unhex("01 00 00 31 00 00 00 00 11 11 00 00") + unhex(entries)};
   };
   // The full size of a datagram that is read, and one that is longer: their entries run to the end and beyond.
-  Bytes full = test::oirDatagram({unhex("08 00 04 04"), Bytes{0x0A, 0, 1, 255} + Bytes(251)});
+  Bytes full = printer::oirDatagram({unhex("08 00 04 04"), Bytes{0x0A, 0, 1, 255} + Bytes(251)});
   full[18] = 4;
   full = full + Bytes{0x0B, 0, 1, 255} + Bytes(251) + Bytes{0x02, 0, 7, 7};
   ASSERT_EQ(full.size(), 537U);
   UdpResponder printer("127.0.0.1", 0,
-                       {{test::oirDatagram({unhex("08 00 04 04"), unhex("0E 00 01 05 FF")})},
+                       {{printer::oirDatagram({unhex("08 00 04 04"), unhex("0E 00 01 05 FF")})},
                         {full + Bytes(3)},
                         {full + Bytes(2) + Bytes(1000)},
                         answer("A5 00 04 50 04 06 01"),
-                        {test::oirDatagram({unhex("08 00 04 05")})},
-                        {test::oirDatagram({unhex("01 00 08 04")})}});
+                        {printer::oirDatagram({unhex("08 00 04 05")})},
+                        {printer::oirDatagram({unhex("01 00 08 04")})}});
   connectTo(printer);
   const int before = openDescriptors();
   EXPECT_EQ(poll(), "1 2|SuppliesLow|Qbi FrameworkOpen");
@@ -178,7 +178,7 @@ TEST_F(Handler, AsksAndKeepsTheLastAnswer) {
 }
 
 TEST_F(Handler, WaitsOneSecondForAnAnswerThatDoesNotCome) {
-  UdpResponder printer("127.0.0.1", 0, {{test::oirDatagram({unhex("08 00 04 04")})}, {}});
+  UdpResponder printer("127.0.0.1", 0, {{printer::oirDatagram({unhex("08 00 04 04")})}, {}});
   connectTo(printer);
   EXPECT_EQ(poll(), "1 1|SuppliesLow");
   const auto start = std::chrono::steady_clock::now();

@@ -1,5 +1,6 @@
 #include "support/process.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +19,8 @@ namespace kesto::test {
 namespace {
 
 using std::chrono::milliseconds;
+
+constexpr int BACK_CHANNEL = 3;
 
 std::array<int, 2> makePipe() {
   std::array<int, 2> ends{};
@@ -56,18 +59,25 @@ Process::Process(const Command& command) : command_(command), start_(std::chrono
   const auto in = makePipe();
   const auto out = makePipe();
   const auto log = makePipe();
+  const auto back = makePipe();
   pid_ = fork();
   if (pid_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (pid_ == 0) {
     dup2(in[0], STDIN_FILENO);
     dup2(out[1], STDOUT_FILENO);
     dup2(log[1], STDERR_FILENO);
+    if (command_.backChannel) {
+      if (back[0] == BACK_CHANNEL) fcntl(BACK_CHANNEL, F_SETFD, 0);
+      dup2(back[0], BACK_CHANNEL);
+    }
     execve(command_.program.c_str(), arguments.data(), variables.data());
     _exit(127);
   }
   close(in[0]);
   close(out[1]);
   close(log[1]);
+  close(back[0]);
+  backChannel_ = back[1];
   input_ = in[1];
   output_ = out[0];
   log_ = log[0];
@@ -83,6 +93,7 @@ Process::~Process() {
   closeEnd(input_);
   closeEnd(output_);
   closeEnd(log_);
+  closeEnd(backChannel_);
 }
 
 void Process::signal(int number) const {
@@ -94,7 +105,9 @@ void Process::closeOutput() {
 }
 
 void Process::readSome(int waitMs) {
-  std::array<pollfd, 3> ends = {pollfd{output_, POLLIN, 0}, pollfd{log_, POLLIN, 0}, pollfd{input_, POLLOUT, 0}};
+  const bool inputWanted = inputWritten_ < command_.input.size() || !command_.keepInputOpen;
+  std::array<pollfd, 3> ends = {pollfd{output_, POLLIN, 0}, pollfd{log_, POLLIN, 0},
+                                pollfd{inputWanted ? input_ : -1, POLLOUT, 0}};
   if (poll(ends.data(), ends.size(), waitMs) <= 0) return;
   std::array<char, 65536> buffer;
   if (ends[0].revents != 0) {
@@ -109,18 +122,50 @@ void Process::readSome(int waitMs) {
   }
   if (ends[2].revents != 0) {
     const std::string_view rest = std::string_view(command_.input).substr(inputWritten_);
-    const ssize_t written = rest.empty() ? -1 : write(input_, rest.data(), rest.size());
+    const ssize_t written = write(input_, rest.data(), rest.size());
     if (written > 0) inputWritten_ += static_cast<std::size_t>(written);
-    if (written <= 0) closeEnd(input_);
+    if (written < 0 || (rest.empty() && !command_.keepInputOpen)) closeInput();
   }
 }
 
-bool Process::waitForLog(const std::string& text) {
-  while (outcome_.log.find(text) == std::string::npos) {
-    if (log_ < 0 || std::chrono::steady_clock::now() - start_ > command_.timeout) return false;
+bool Process::waitFor(const std::function<bool()>& seen) {
+  while (!seen()) {
+    if ((log_ < 0 && output_ < 0) || std::chrono::steady_clock::now() - start_ > command_.timeout) return false;
     readSome(50);
   }
   return true;
+}
+
+bool Process::waitForLog(const std::string& text) {
+  return waitFor([&] { return outcome_.log.find(text) != std::string::npos; });
+}
+
+bool Process::waitForOutput(const std::string& text) {
+  return waitFor([&] { return hasOutput(text); });
+}
+
+bool Process::hasOutput(const std::string& text) const {
+  return !std::ranges::search(outcome_.output, text).empty();
+}
+
+void Process::collectFor(milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  waitFor([&] { return std::chrono::steady_clock::now() > end; });
+}
+
+void Process::writeBackChannel(const std::vector<std::uint8_t>& bytes) const {
+  if (write(backChannel_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+    throw std::system_error(errno, std::generic_category(), "back channel");
+  }
+}
+
+void Process::writeInput(const std::string& text) {
+  command_.input += text;
+  readSome(0);
+}
+
+void Process::closeInput() {
+  closeEnd(input_);
 }
 
 Outcome Process::finish() {
@@ -137,6 +182,8 @@ Outcome Process::finish() {
   wait4(pid_, &status, 0, &usage);
   pid_ = -1;
   outcome_.peakMemory = usage.ru_maxrss;
+  outcome_.processorTime = milliseconds(1000 * (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                                        (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000);
   outcome_.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   outcome_.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   outcome_.duration = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start_);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +16,9 @@ struct Command {
   std::vector<std::string> arguments;                              ///< argv[0] included
   std::vector<std::pair<std::string, std::string>> environment{};  ///< all of it
   std::string input{};                                             ///< written to standard input, then closed
-  std::chrono::milliseconds timeout{30000};                        ///< the program is killed then
+  bool backChannel = false;  ///< the program reads from descriptor 3 what writeBackChannel writes
+  bool keepInputOpen = false;
+  std::chrono::milliseconds timeout{30000};  ///< the program is killed then
 };
 
 struct Outcome {
@@ -25,6 +28,7 @@ struct Outcome {
   std::vector<std::uint8_t> output;
   std::string log;  ///< standard error
   std::chrono::milliseconds duration{0};
+  std::chrono::milliseconds processorTime{0};
   long peakMemory = 0;  ///< KiB resident at most, of the program itself
 
   [[nodiscard]] std::vector<std::string> linesWith(const std::string& prefix) const;
@@ -41,18 +45,30 @@ class Process {
   void signal(int number) const;
   /// Closes this side of the program's standard output, so that it writes into a broken pipe.
   void closeOutput();
-  /// Reads what comes until `text` has appeared on standard error. False when it did not within the time-out.
+  /// Reads what comes until `text` has appeared on standard error, or on standard output. False when it did not within
+  /// the time-out.
   bool waitForLog(const std::string& text);
+  bool waitForOutput(const std::string& text);
+  /// Reads what comes within `time`.
+  void collectFor(std::chrono::milliseconds time);
+  /// Whether `text` has appeared on standard output.
+  [[nodiscard]] bool hasOutput(const std::string& text) const;
+  /// Writes to the program's descriptor 3, as the spooler's back channel does.
+  void writeBackChannel(const std::vector<std::uint8_t>& bytes) const;
+  /// Appends to the program's standard input, which must have been kept open.
+  void writeInput(const std::string& text);
+  void closeInput();
   /// Waits for the end.
   Outcome finish();
   [[nodiscard]] int pid() const { return pid_; }
 
  private:
   void readSome(int waitMs);
+  bool waitFor(const std::function<bool()>& seen);
 
   Command command_;
   int pid_ = -1;
-  int input_ = -1, output_ = -1, log_ = -1;
+  int input_ = -1, output_ = -1, log_ = -1, backChannel_ = -1;
   std::size_t inputWritten_ = 0;
   std::chrono::steady_clock::time_point start_;
   Outcome outcome_;

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "support/hex.h"
+namespace kesto::printer {
 
-namespace kesto::test {
+using Bytes = std::vector<std::uint8_t>;
 
 struct AlertEntryText {
   std::uint64_t value;
@@ -62,4 +62,4 @@ Bytes oirDatagram(const std::vector<Bytes>& entries);
 /// One behind the other.
 Bytes operator+(Bytes left, const Bytes& right);
 
-}  // namespace kesto::test
+}  // namespace kesto::printer

@@ -1,8 +1,8 @@
-#include "support/alertbuilder.h"
+#include "kestoprinter/answers.h"
 
 #include <algorithm>
 
-namespace kesto::test {
+namespace kesto::printer {
 
 namespace {
 
@@ -118,4 +118,4 @@ Bytes oirDatagram(const std::vector<Bytes>& entries) {
          Bytes{0x50, 0x04, 0x06, low(entries.size())} + content;
 }
 
-}  // namespace kesto::test
+}  // namespace kesto::printer

@@ -1,0 +1,40 @@
+// The virtual printer as a process, for tests of both its ends.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/hex.h"
+#include "support/process.h"
+
+namespace kesto::test {
+
+/// A virtual printer that listens on a loopback address of its own.
+class PrinterProcess {
+ public:
+  explicit PrinterProcess(std::string address, const std::vector<std::string>& options = {});
+
+  /// The device URI; the backend asks real printers for their supplies by SNMP and would wait for an answer.
+  [[nodiscard]] std::string uri() const { return "socket://" + address_ + ":9100/?snmp=false"; }
+
+  /// Says a line to the printer's standard input.
+  void tell(const std::string& line) { process_.writeInput(line + "\n"); }
+
+  /// Waits until job `number` is over; returns its bytes.
+  [[nodiscard]] Bytes job(int number);
+
+  /// The bytes of the job that was over last.
+  [[nodiscard]] Bytes lastJob();
+
+  /// Ends the printer and returns all that it printed.
+  std::string finish();
+
+ private:
+  [[nodiscard]] Command command(const std::vector<std::string>& options) const;
+
+  TemporaryFolder folder_;
+  std::string address_;
+  Process process_;
+};
+
+}  // namespace kesto::test

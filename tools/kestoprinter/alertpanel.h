@@ -1,0 +1,30 @@
+// The virtual printer's panel: which alerts it shows, and the lines by which they are changed while it runs.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kesto::printer {
+
+struct PanelAlert {
+  bool isError;  ///< else a warning
+  std::string text;
+};
+
+class AlertPanel {
+ public:
+  /// Obeys one line: `alert error "TEXT"`, `alert warning "TEXT"` (the quotes may be left out) or `clear`. Returns an
+  /// empty text, or what is wrong with the line.
+  [[nodiscard]] std::string obey(std::string_view line);
+
+  [[nodiscard]] const std::vector<PanelAlert>& alerts() const { return alerts_; }
+
+  /// The alert mask of an answer: bit 0 when an error is shown, bit 1 when a warning is.
+  [[nodiscard]] unsigned char mask() const;
+
+ private:
+  std::vector<PanelAlert> alerts_;
+};
+
+}  // namespace kesto::printer

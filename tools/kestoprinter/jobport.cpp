@@ -1,0 +1,99 @@
+#include "kestoprinter/jobport.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <span>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace kesto::printer {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds SLICE{50};  ///< a slow job is taken in slices of this time
+constexpr milliseconds IDLE{1000};
+
+bool writeAll(int file, std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+JobPort::~JobPort() {
+  for (Connection& connection : connections_) finish(connection, false);
+}
+
+void JobPort::accept(int listener) {
+  const int descriptor = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  if (descriptor < 0) return;
+  Connection connection{.number = ++count_, .descriptor = descriptor, .file = -1, .name = {}};
+  std::array<char, 32> name = {};
+  std::snprintf(name.data(), name.size(), "/job-%04d.prn", connection.number);
+  connection.name = behaviour_.folder + name.data();
+  connection.file = open(connection.name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (connection.file < 0) {
+    std::perror(connection.name.c_str());
+    close(descriptor);
+    return;
+  }
+  connections_.push_back(std::move(connection));
+}
+
+JobPort::Clock::time_point JobPort::work() {
+  const auto now = Clock::now();
+  auto next = now + IDLE;
+  for (auto it = connections_.begin(); it != connections_.end();) {
+    const bool open = it->next > now || takeSome(*it);
+    if (open && it->next > now) next = std::min(next, it->next);
+    it = open ? std::next(it) : connections_.erase(it);
+  }
+  return next;
+}
+
+bool JobPort::takeSome(Connection& connection) {
+  std::array<std::uint8_t, 65536> buffer;
+  std::size_t wanted = buffer.size();
+  if (behaviour_.bytesPerSecond > 0) {
+    wanted = std::clamp<std::size_t>(behaviour_.bytesPerSecond * SLICE.count() / 1000, 1, wanted);
+  }
+  if (behaviour_.closeAfter > 0) wanted = std::min<std::uint64_t>(wanted, behaviour_.closeAfter - connection.bytes);
+  const ssize_t got = recv(connection.descriptor, buffer.data(), wanted, 0);
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) return true;
+  if (got <= 0 || !writeAll(connection.file, std::span(buffer).first(static_cast<std::size_t>(got)))) {
+    finish(connection, got == 0);
+    return false;
+  }
+  connection.bytes += static_cast<std::uint64_t>(got);
+  if (behaviour_.closeAfter > 0 && connection.bytes >= behaviour_.closeAfter) {
+    finish(connection, false);
+    return false;
+  }
+  if (behaviour_.bytesPerSecond > 0) connection.next = Clock::now() + SLICE;
+  return true;
+}
+
+void JobPort::finish(Connection& connection, bool complete) {
+  close(connection.descriptor);
+  close(connection.file);
+  finished_({connection.number, connection.name, connection.bytes, complete});
+}
+
+void JobPort::forEachReading(const std::function<void(int)>& visit) const {
+  const auto now = Clock::now();
+  for (const Connection& connection : connections_) {
+    if (connection.next <= now) visit(connection.descriptor);
+  }
+}
+
+}  // namespace kesto::printer
