@@ -12,6 +12,8 @@ install(TARGETS pdftokesto DESTINATION ${CUPS_SERVERBIN}/filter
 install(FILES ppd/kesto.drv DESTINATION ${CUPS_DATADIR}/drv)
 install(TARGETS kestoprinter DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES man/kestoprinter.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# Not beside it: the spooler takes every file there for a driver information file.
+install(DIRECTORY ppd/po/ DESTINATION ${CUPS_DATADIR}/ppdc FILES_MATCHING PATTERN "*.po")
 install(FILES man/pdftokesto.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 
 set(CPACK_GENERATOR DEB)
