@@ -31,10 +31,7 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
   if (!call.fileType.empty()) command.environment.emplace_back("CUPS_FILETYPE", call.fileType);
   const std::string serverBin = call.realRenderer ? "/usr/lib/cups" : KESTO_STANDIN_SERVERBIN;
   command.environment.emplace_back("CUPS_SERVERBIN", call.serverBin.empty() ? serverBin : call.serverBin);
-  for (const char* name : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
-    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
-    if (value != nullptr) command.environment.emplace_back(name, value);
-  }
+  for (const auto& setting : sanitizerSettings()) command.environment.push_back(setting);
   return command;
 }
 

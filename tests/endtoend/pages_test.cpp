@@ -118,16 +118,7 @@ TEST(Pages, ThatEndEarlyAreFilledUpWhite) {
 }
 
 TEST(Pages, AreMirroredWhenTheTicketAsksForIt) {
-  TemporaryFolder folder;
-  std::string ppd = fileText(KESTO_PPD);
-  if (ppd.find("CorvaneMirror") == std::string::npos) {
-    ppd +=
-        "*OpenUI *CorvaneMirror/Mirror: Boolean\n*DefaultCorvaneMirror: False\n*CorvaneMirror False/Off: \"\"\n"
-        "*CorvaneMirror True/On: \"\"\n*CloseUI: *CorvaneMirror\n";
-  }
-  const Job job = printJob({.document = "page width=100 height=16 pattern=gradient",
-                            .options = "CorvaneMirror=true",
-                            .ppd = folder.write("mirror.ppd", ppd)});
+  const Job job = printJob({.document = "page width=100 height=16 pattern=gradient", .options = "CorvaneMirror=true"});
   const Bytes luma = decodeLuma(job.pages.at(0), true);
   EXPECT_GE(luma[0], 250) << "the white padding comes first";
   EXPECT_GE(luma[12], 90) << "then the bright end of the row";

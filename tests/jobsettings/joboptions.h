@@ -13,6 +13,20 @@
 
 namespace kesto::test {
 
+/// The paper size as one text: a number, a name, or "custom".
+inline std::string toldPaper(const JobSetting& setting) {
+  switch (setting.mediaSizeType) {
+    case MEDIA_SIZE_ENUMERATED:
+      return std::to_string(setting.mediaSize.mediaSizeId);
+    case MEDIA_SIZE_NAMED:
+      return setting.mediaSize.mediaSizeName;
+    case MEDIA_SIZE_CUSTOM:
+      return "custom";
+    default:
+      return "no type";
+  }
+}
+
 /// Starts each test without a PPD and forgets its options afterwards.
 class JobOptions : public ::testing::Test {
  public:

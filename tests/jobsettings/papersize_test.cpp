@@ -9,19 +9,7 @@
 namespace kesto {
 namespace {
 
-/// The size as one text: a number, a name, or "custom".
-std::string told(const JobSetting& setting) {
-  switch (setting.mediaSizeType) {
-    case 1:
-      return std::to_string(setting.mediaSize.mediaSizeId);
-    case 2:
-      return setting.mediaSize.mediaSizeName;
-    case 3:
-      return "custom";
-    default:
-      return "no type";
-  }
-}
+using test::toldPaper;
 
 class PaperSize : public test::JobOptions {
  protected:
@@ -33,7 +21,7 @@ class PaperSize : public test::JobOptions {
   }
   std::string sizeOf(const char* ticket) {
     setPaperSize(&setting, &header, ticket);
-    return told(setting);
+    return toldPaper(setting);
   }
 };
 
@@ -72,7 +60,7 @@ TEST_F(PaperSize, KnowsEveryNameInTheTicketsOrderAndInThePpds) {
     EXPECT_EQ(sizeOf((std::string("PageSize=") + each.name).c_str()), each.inTicket) << each.name;
     setting.mediaSizeType = 0;
     checkMediaSize(&setting, &header, each.name);
-    EXPECT_EQ(told(setting), each.inPpd) << each.name;
+    EXPECT_EQ(toldPaper(setting), each.inPpd) << each.name;
   }
 }
 
@@ -101,7 +89,7 @@ TEST_F(PaperSize, PrintsToTheEdgesWhenTheNameOrTheUnaskedRasterSaysSo) {
   header.PageSize[1] = 842;
   EXPECT_EQ(pageMode(""), NORMAL);
   EXPECT_EQ(pageMode("PageSize=A4.FullBleed"), EDGETOEDGE);
-  EXPECT_EQ(told(setting), "2");
+  EXPECT_EQ(toldPaper(setting), "2");
   EXPECT_EQ(pageMode("PageSize=Unheard.FullBleed"), EDGETOEDGE);
 
   header.ImagingBoundingBox[2] = 595;

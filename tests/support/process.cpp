@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -35,12 +36,22 @@ void closeEnd(int& descriptor) {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
+  result.reserve(texts.size() + 1);
   for (std::string& text : texts) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
 }
 
 }  // namespace
+
+Variables sanitizerSettings() {
+  Variables settings;
+  for (const char* name : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
+    if (value != nullptr) settings.emplace_back(name, value);
+  }
+  return settings;
+}
 
 std::vector<std::string> Outcome::linesWith(const std::string& prefix) const {
   std::vector<std::string> lines;
@@ -53,7 +64,7 @@ std::vector<std::string> Outcome::linesWith(const std::string& prefix) const {
 
 Process::Process(const Command& command) : command_(command), start_(std::chrono::steady_clock::now()) {
   std::vector<std::string> environment;
-  for (const auto& [name, value] : command_.environment) environment.push_back(name + "=" + value);
+  for (const auto& [name, value] : command_.environment) environment.emplace_back(name).append("=").append(value);
   const auto arguments = pointers(command_.arguments);
   const auto variables = pointers(environment);
   const auto in = makePipe();

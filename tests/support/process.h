@@ -10,13 +10,18 @@
 
 namespace kesto::test {
 
+using Variables = std::vector<std::pair<std::string, std::string>>;
+
+/// What the environment tells the sanitizers, for a program whose environment is its own.
+[[nodiscard]] Variables sanitizerSettings();
+
 /// What to run, and with what around it.
 struct Command {
   std::string program;
-  std::vector<std::string> arguments;                              ///< argv[0] included
-  std::vector<std::pair<std::string, std::string>> environment{};  ///< all of it
-  std::string input{};                                             ///< written to standard input, then closed
-  bool backChannel = false;  ///< the program reads from descriptor 3 what writeBackChannel writes
+  std::vector<std::string> arguments;  ///< argv[0] included
+  Variables environment{};             ///< all of it
+  std::string input{};                 ///< written to standard input, then closed
+  bool backChannel = false;            ///< the program reads from descriptor 3 what writeBackChannel writes
   bool keepInputOpen = false;
   std::chrono::milliseconds timeout{30000};  ///< the program is killed then
 };
