@@ -1,0 +1,118 @@
+// Choices made the ways a person makes them, through a private spooler: its own mapping, its PDF filter, the renderer
+// and the filter stand between the choice and the job that a device file keeps.
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "endtoend/jobdetail.h"
+#include "support/jpegwrap.h"
+#include "support/pdf.h"
+#include "support/spooler.h"
+
+namespace kesto::test {
+namespace {
+
+constexpr char QUEUE[] = "Kesto";
+
+class QueueOptions : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (const std::string reason = PrivateSpooler::unavailable(); !reason.empty()) GTEST_SKIP() << reason;
+    spooler = std::make_unique<PrivateSpooler>(KESTO_FILTER);
+    addQueue(QUEUE, {});
+  }
+  void addQueue(const std::string& queue, const std::vector<std::string>& defaults) const {
+    spooler->addQueue(queue, "file://" + spooler->outputPath(queue), KESTO_PPD, defaults);
+  }
+
+  /// Prints a small document and returns the job that the device got.
+  [[nodiscard]] Job print(const std::vector<std::string>& arguments, const std::string& queue = QUEUE,
+                          const std::vector<double>& greys = {0.5}) const {
+    spooler->print(queue, folder_.write("document.pdf", pdfOf(288, 432, greys)), arguments);
+    std::ifstream stream(spooler->outputPath(queue), std::ios::binary);
+    const Bytes bytes{std::istreambuf_iterator<char>(stream), {}};
+    return parseJob(bytes);
+  }
+
+  std::unique_ptr<PrivateSpooler> spooler;
+
+ private:
+  TemporaryFolder folder_;
+};
+
+TEST_F(QueueOptions, OfAJobArrive) {
+  struct Case {
+    const char* option;
+    std::vector<Detail> details;
+    unsigned height;  // of the raster, to eights: the paper without its margins of 12 points
+  };
+  const Case cases[] = {
+      {"media=A4", {{"25", "C0 02"}, {"ECONOMODE", "OFF"}, {"DUPLEX", "OFF"}, {"EE", "C0 01"}}, 6824},
+      {"media=iso_a4_210x297mm", {{"25", "C0 02"}}, 6824},
+      {"media=om_small-photo_100x150mm", {{"25", "10 x 15 cm"}}, 3344},
+      {"media=na_monarch_3.875x7.5in", {{"25", "none"}, {"30", "C0 00"}}, 4304},  // a custom size
+      {"PageSize=Custom.4x8in", {{"25", "none"}, {"30", "C0 00"}}, 4600},
+      {"sides=two-sided-short-edge", {{"DUPLEX", "ON"}, {"BINDING", "SHORTEDGE"}}, 6400},
+      {"print-color-mode=monochrome", {{"LCOLORMODEL", "BLACK"}, {"EE", "C0 00"}}, 6400},
+      {"print-quality=3", {{"PRINTQUALITY", "DRAFT"}, {"RESOLUTION", "300"}}, 3200},
+      {"print-quality=5", {{"PRINTQUALITY", "BEST"}, {"RESOLUTION", "600"}}, 6400},
+      {"TonerSave=On", {{"ECONOMODE", "ON"}}, 6400},
+      {"TonerSave=true", {{"ECONOMODE", "ON"}}, 6400},
+  };
+  for (const auto& [option, details, height] : cases) {
+    const Job job = print({"-o", option});
+    ASSERT_EQ(job.pages.size(), 1u) << option;
+    expectDetails(job, details, option);
+    EXPECT_EQ(job.pages[0].height(), height) << option;
+    EXPECT_EQ(originInPoints(job), 12.0) << option;
+  }
+}
+
+TEST_F(QueueOptions, SetAsTheQueuesDefaultsApplyAndYieldToTheJobs) {
+  addQueue("Defaults", {"PageSize=Postcard.FullBleed.PostcardHagaki", "TonerSave=On", "ColorModel=Gray",
+                        "cupsPrintQuality=Draft", "InkToUse=BlackOnly"});
+  expectDetails(print({}, "Defaults"),
+                {{"25", "C0 0E"},
+                 {"LPAGEMODE", "EDGETOEDGE"},
+                 {"ECONOMODE", "ON"},
+                 {"LINKSET", "BLACKONLY"},
+                 {"LCOLORMODEL", "BLACK"},
+                 {"PRINTQUALITY", "DRAFT"},
+                 {"RESOLUTION", "300"}},
+                "the queue's defaults");
+  const std::vector<std::string> choices = {"-o", "media=na_index-3x5_3x5in", "-o", "TonerSave=Off",
+                                            "-o", "print-color-mode=color",   "-o", "print-quality=5"};
+  expectDetails(print(choices, "Defaults"),
+                {{"25", "INDEX CARD"},
+                 {"LPAGEMODE", "NORMAL"},
+                 {"ECONOMODE", "OFF"},
+                 {"LINKSET", "BLACKONLY"},
+                 {"LCOLORMODEL", "CMYK"},
+                 {"PRINTQUALITY", "BEST"},
+                 {"RESOLUTION", "600"}},
+                "choices against the queue's defaults");
+}
+
+TEST_F(QueueOptions, SavedByAPersonApply) {
+  spooler->client("lpoptions", {"-p", QUEUE, "-o", "media=A6", "-o", "improve=tonerFix", "-o", "Resolution=300dpi"});
+  const std::vector<Detail> saved = {{"25", "A6"}, {"FIMPROVE", "TONERFIX"}, {"RESOLUTION", "300"}};
+  expectDetails(print({}), saved, "saved options");
+  expectDetails(print({"-o", "improve=none"}), {{"25", "A6"}, {"FIMPROVE", "OFF"}}, "saved options and a choice");
+  spooler->client("lpoptions", {"-p", QUEUE, "-r", "media", "-r", "improve", "-r", "Resolution"});
+  expectDetails(print({}), {{"25", "C0 00"}, {"FIMPROVE", "OFF"}, {"RESOLUTION", "600"}}, "options saved no more");
+}
+
+TEST_F(QueueOptions, ReverseTheOrderOfThePages) {
+  for (const bool reverse : {false, true}) {
+    const std::string order = reverse ? "OutputOrder=Reverse" : "OutputOrder=Normal";
+    const Job job = print({"-o", "media=4x6", "-o", order}, QUEUE, {0.0, 0.6});
+    ASSERT_EQ(job.pages.size(), 2u);
+    const int first = decodeLuma(job.pages[0], true)[200000];
+    const int second = decodeLuma(job.pages[1], true)[200000];
+    EXPECT_EQ(first < second, !reverse) << order;
+  }
+}
+
+}  // namespace
+}  // namespace kesto::test
