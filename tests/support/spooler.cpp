@@ -167,8 +167,12 @@ bool PrivateSpooler::waitUntilIdle(const std::string& queue) {
   return waitFor([&] { return client("lpstat", {"-W", "not-completed", "-o", queue}).empty(); });
 }
 
-std::string PrivateSpooler::errorLog() const {
-  std::ifstream stream(folder_.path() + "/log/error");
+bool PrivateSpooler::waitForLog(const std::string& text) const {
+  return waitFor([&] { return errorLog().find(text) != std::string::npos; });
+}
+
+std::string PrivateSpooler::log(const std::string& name) const {
+  std::ifstream stream(folder_.path() + "/log/" + name);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 

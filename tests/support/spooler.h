@@ -44,13 +44,18 @@ class PrivateSpooler {
 
   /// A path in the spooler's folder that its filters and devices can write to.
   [[nodiscard]] std::string outputPath(const std::string& name) const { return folder_.path() + "/output/" + name; }
-  [[nodiscard]] std::string errorLog() const;
+  [[nodiscard]] std::string errorLog() const { return log("error"); }
+  [[nodiscard]] std::string pageLog() const { return log("page"); }
+
+  /// Waits until `text` stands in the error log; false when it does not within a minute.
+  [[nodiscard]] bool waitForLog(const std::string& text) const;
   [[nodiscard]] int port() const { return port_; }
 
  private:
   void makeFolders();
   void gatherPrograms(const std::string& filter) const;
   void writeConfiguration() const;
+  [[nodiscard]] std::string log(const std::string& name) const;
   [[nodiscard]] std::string socketPath() const { return folder_.path() + "/cups.sock"; }
 
   TemporaryFolder folder_;

@@ -1,0 +1,237 @@
+// The filter at home in a real queue: a private spooler, its own PDF filter and backend, and a printer at the far end.
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/jobparser.h"
+#include "support/pdf.h"
+#include "support/printerprocess.h"
+#include "support/spooler.h"
+
+namespace kesto::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int BLANK = 255;
+constexpr int BANNER = -1;
+
+/// A Letter document of `count` pages; page n is filled with the grey value 10 n of 255.
+std::string greyPdf(int count) {
+  std::vector<double> greys;
+  for (int page = 1; page <= count; ++page) greys.push_back(10.0 * page / 255.0);
+  return pdfOf(612, 792, greys);
+}
+
+/// What arrives on one connection, taken apart into printer jobs: a job sheet is one of its own.
+std::vector<Job> jobsOf(const Bytes& bytes) {
+  const std::string_view start = "\x1B%-12345X@PJL JOB\n";
+  std::vector<Job> jobs;
+  auto from = bytes.begin();
+  while (from != bytes.end()) {
+    const auto next = std::search(from + 1, bytes.end(), start.begin(), start.end());
+    jobs.push_back(parseJob({from, next}));
+    from = next;
+  }
+  return jobs;
+}
+
+/// The number of a page of greyPdf, BLANK for a white one, BANNER for one of several shades.
+int pageNumber(const Page& page) {
+  const Bytes luma = decodeLuma(page, page.setup.at(0xEE).number() == 1);
+  const unsigned width = page.strips.at(0).width;
+  // At the edges rows and columns may be white, where a page was fitted or its width padded.
+  int low = 255, high = 0;
+  for (unsigned y = 16; y + 16 < page.height(); ++y) {
+    const auto row = std::span(luma).subspan(std::size_t{y} * width + 16, width - 48);
+    low = std::min<int>(low, std::ranges::min(row));
+    high = std::max<int>(high, std::ranges::max(row));
+  }
+  if (high - low > 4) return BANNER;
+  return high >= 254 ? BLANK : (high + 5) / 10;
+}
+
+std::vector<int> pageNumbers(const Bytes& bytes) {
+  std::vector<int> numbers;
+  for (const Job& job : jobsOf(bytes)) {
+    for (const Page& page : job.pages) numbers.push_back(pageNumber(page));
+  }
+  return numbers;
+}
+
+int countOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+/// Looks every 50 ms until `holds()`, for 20 s at most.
+template <class Condition>
+bool eventually(Condition holds) {
+  for (int i = 0; i < 400; ++i) {
+    if (holds()) return true;
+    std::this_thread::sleep_for(50ms);
+  }
+  return false;
+}
+
+/// One spooler for all tests of this file: it takes a second to start.
+class Queue : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (PrivateSpooler::unavailable().empty()) spooler_ = std::make_unique<PrivateSpooler>(KESTO_FILTER);
+  }
+  static void TearDownTestSuite() { spooler_.reset(); }
+  void SetUp() override {
+    if (!spooler_) GTEST_SKIP() << PrivateSpooler::unavailable();
+  }
+
+  /// Makes a queue of low resolution for a printer; a job that fails is given up, and the queue goes on.
+  static void addQueue(const std::string& name, const PrinterProcess& printer) {
+    spooler_->addQueue(name, printer.uri(), KESTO_PPD,
+                       {"ColorModel=Gray", "Resolution=150dpi", "printer-error-policy=abort-job"});
+  }
+  std::string document(int pages) { return folder_.write("pages-" + std::to_string(pages) + ".pdf", greyPdf(pages)); }
+
+  static std::unique_ptr<PrivateSpooler> spooler_;
+  TemporaryFolder folder_;
+};
+std::unique_ptr<PrivateSpooler> Queue::spooler_;
+
+TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
+  struct Case {
+    int pages;
+    std::vector<std::string> arguments;
+    std::vector<int> expected;
+  };
+  const std::string duplex = "sides=two-sided-long-edge";
+  const std::string collatedCopies = "multiple-document-handling=separate-documents-collated-copies";
+  const Case cases[] = {
+      {1, {}, {1}},
+      {4, {}, {1, 2, 3, 4}},
+      {3, {"-o", duplex}, {1, 2, 3}},
+      {2, {"-n", "3"}, {1, 1, 1, 2, 2, 2}},
+      {3, {"-n", "2", "-o", duplex}, {1, 2, 1, 2, 3, BLANK, 3}},
+      {3, {"-n", "2", "-o", "collate=true"}, {1, 2, 3, 1, 2, 3}},
+      {2, {"-n", "3", "-o", "Collate=True"}, {1, 2, 1, 2, 1, 2}},
+      {3, {"-n", "2", "-o", collatedCopies}, {1, 2, 3, 1, 2, 3}},
+      {3, {"-n", "2", "-o", "collate=true", "-o", duplex}, {1, 2, 3, BLANK, 1, 2, 3, BLANK}},
+      {2, {"-o", "job-sheets=standard,none"}, {BANNER, 1, 2}},
+  };
+  PrinterProcess printer("127.0.0.41");
+  addQueue("copies", printer);
+  int number = 0;
+  for (const Case& c : cases) {
+    std::string name = std::to_string(c.pages) + " pages";
+    for (const std::string& argument : c.arguments) name += " " + argument;
+    SCOPED_TRACE(name);
+    spooler_->print("copies", document(c.pages), c.arguments);
+    EXPECT_EQ(pageNumbers(printer.job(++number)), c.expected);
+  }
+}
+
+TEST_F(Queue, EveryPageIsCountedInThePageLog) {
+  PrinterProcess printer("127.0.0.42");
+  addQueue("counted", printer);
+  const std::string job = spooler_->print("counted", document(3), {"-n", "2"});
+  // "queue user job-id [date] total 6 ..." or a line for each page, by the spooler's version.
+  const std::string log = spooler_->pageLog();
+  EXPECT_NE(log.find("counted "), std::string::npos) << log;
+  EXPECT_NE(log.find("total 6"), std::string::npos) << log;
+}
+
+TEST_F(Queue, CancellingEndsTheJobInOrderAndTheQueueGoesOn) {
+  PrinterProcess printer("127.0.0.43");
+  addQueue("cancelled", printer);
+  // A document that takes long enough to be in the middle of.
+  const std::string answer = spooler_->client("lp", {"-d", "cancelled", "-o", "Resolution=600dpi", document(25)});
+  const std::string job = answer.substr(answer.find("cancelled-"), answer.find(" (") - answer.find("cancelled-"));
+  ASSERT_TRUE(spooler_->waitForLog("PAGE: 2"));
+  const auto start = std::chrono::steady_clock::now();
+  spooler_->client("cancel", {job});
+  EXPECT_TRUE(spooler_->waitUntilIdle("cancelled"));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+  spooler_->print("cancelled", document(1));
+  EXPECT_EQ(pageNumbers(printer.lastJob()), std::vector<int>{1});
+}
+
+TEST_F(Queue, APrinterMayBeSlow) {
+  PrinterProcess printer("127.0.0.44", {"--slow", "20000"});
+  addQueue("slow", printer);
+  spooler_->print("slow", document(3));
+  EXPECT_EQ(pageNumbers(printer.job(1)), (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(Queue, APrinterThatClosesTheConnectionDoesNotHoldTheQueue) {
+  PrinterProcess printer("127.0.0.45", {"--close-after", "3000"});
+  addQueue("broken", printer);
+  spooler_->print("broken", document(3));
+  spooler_->print("broken", document(1));
+  EXPECT_EQ(printer.job(2).size(), 3000u);
+}
+
+TEST_F(Queue, TwoQueuesPrintAtOnce) {
+  PrinterProcess first("127.0.0.46"), second("127.0.0.47");
+  addQueue("first", first);
+  addQueue("second", second);
+  spooler_->client("lp", {"-d", "first", "-n", "2", document(3)});
+  spooler_->client("lp", {"-d", "second", document(4)});
+  EXPECT_EQ(pageNumbers(first.job(1)), (std::vector<int>{1, 1, 2, 2, 3, 3}));
+  EXPECT_EQ(pageNumbers(second.job(1)), (std::vector<int>{1, 2, 3, 4}));
+}
+
+TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
+  PrinterProcess printer("127.0.0.48");
+  addQueue("bad", printer);
+  const std::string good = greyPdf(2);
+  const std::vector<std::pair<std::string, std::string>> documents = {
+      {"empty page tree", greyPdf(0)},
+      {"truncated", good.substr(0, good.size() / 3)},
+      {"garbage", "%PDF-1.4\nthis is no document"},
+  };
+  int told = 0;
+  for (const auto& [name, text] : documents) {
+    for (const bool straight : {false, true}) {
+      SCOPED_TRACE(name + (straight ? ", straight" : ", through the PDF filter"));
+      const std::string path = folder_.write("bad.pdf", text);
+      std::vector<std::string> arguments;
+      if (straight) arguments = {"-o", "document-format=application/vnd.cups-pdf"};
+      // A job whose PDF filter failed stays stopped, for its owner to look at, while the queue goes on.
+      arguments.insert(arguments.end(), {"-d", "bad", path});
+      spooler_->client("lp", arguments);
+      ++told;
+      EXPECT_TRUE(eventually([&] {
+        const std::string jobs = spooler_->client("lpstat", {"-W", "all", "-l", "-o", "bad"});
+        // The queue shows a job's first error. Where the spooler's PDF filter has failed that one is its own.
+        return countOf(jobs, "Status: The document has no page that can be printed") +
+                   countOf(jobs, "Status: loadFilename failed") + countOf(jobs, "Status: Filter failed") ==
+               told;
+      })) << spooler_->client("lpstat", {"-W", "all", "-l", "-o", "bad"});
+    }
+  }
+  spooler_->client("cancel", {"-a", "bad"});
+  spooler_->print("bad", document(1));
+  EXPECT_EQ(pageNumbers(printer.lastJob()), std::vector<int>{1});
+}
+
+TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {
+  PrinterProcess printer("127.0.0.49", {"--error", "Paper jam", "--slow", "8000"});
+  addQueue("alerted", printer);
+  spooler_->client("lp", {"-d", "alerted", "-n", "3", document(8)});
+  std::string message;
+  EXPECT_TRUE(eventually([&] {
+    message = spooler_->client("lpstat", {"-l", "-p", "alerted"});
+    return message.find("Paper jam") != std::string::npos;
+  })) << message;
+  EXPECT_NE(message.find("now printing"), std::string::npos) << message;
+  spooler_->client("cancel", {"-a", "alerted"});
+  EXPECT_TRUE(spooler_->waitUntilIdle("alerted"));
+  std::this_thread::sleep_for(200ms);
+  EXPECT_NE(printer.finish().find("registered 1, unregistered 1,"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace kesto::test
