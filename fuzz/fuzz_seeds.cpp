@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kestoprinter/answers.h"
+#include "support/hex.h"
 
 namespace {
 

@@ -20,13 +20,16 @@ TEST(PollUntil, DoesNotSleepWhenTheConditionAlreadyHolds) {
 }
 
 TEST(PollUntil, LooksOftenAtFirstAndSeldomLater) {
+  EXPECT_EQ(detail::pollPause(0ms), 1ms);
+  EXPECT_EQ(detail::pollPause(19ms), 1ms);
+  EXPECT_EQ(detail::pollPause(20ms), 20ms);
+  EXPECT_EQ(detail::pollPause(1h), 20ms);
+
   int looks = 0;
   const auto start = steady_clock::now();
   EXPECT_FALSE(pollUntil([&looks] { return ++looks < 0; }, 200ms));
   EXPECT_GE(steady_clock::now() - start, 200ms);
-  // A steady 20 ms gives 11 looks, a steady 1 ms close to 200.
-  EXPECT_GT(looks, 13);
-  EXPECT_LT(looks, 45);
+  EXPECT_LT(looks, 45) << "a steady 1 ms gives close to 200; a loaded machine gives fewer than the pace";
 }
 
 TEST(PollUntil, TakesAnyTimeout) {
@@ -49,7 +52,6 @@ TEST(PollUntil, OutlivesASignalEveryMillisecond) {
   setitimer(ITIMER_REAL, &off, nullptr);
   std::signal(SIGALRM, SIG_DFL);
   EXPECT_GE(waited, 300ms);
-  EXPECT_GT(looks, 60) << "a signal makes the waiter look again";
 }
 
 }  // namespace
