@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -74,6 +75,7 @@ Process::Process(const Command& command) : command_(command), start_(std::chrono
   pid_ = fork();
   if (pid_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (pid_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);  // a test that is killed leaves no daemon behind
     dup2(in[0], STDIN_FILENO);
     dup2(out[1], STDOUT_FILENO);
     dup2(log[1], STDERR_FILENO);
