@@ -1,5 +1,5 @@
 # Each target brings all that it needs: Debian's packages, the configuration and the build. See README.md.
-#   make demo               prints the sample document
+#   make demo               prints the sample document, checks the job and draws its pages
 #   make test               builds and runs every test, and each fuzz target for a bounded number of executions
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make package            builds the Debian package in out/
@@ -19,7 +19,7 @@ setup-build setup-test setup-package setup-bench setup-lint:
 
 demo: setup-build
 	@test -f $(BUILD)/CMakeCache.txt || cmake --preset $(PRESET) -DKESTO_TESTS=OFF
-	@cmake --build $(BUILD) -j$(JOBS) --target pdftokesto kesto_ppd
+	@cmake --build $(BUILD) -j$(JOBS) --target pdftokesto kestojob kesto_ppd
 	@scripts/demo.sh $(BUILD)
 
 test: setup-test

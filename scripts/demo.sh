@@ -1,5 +1,6 @@
 #!/bin/sh
-# Prints the sample document through the filter and the spooler's renderer, as the spooler would for a colour job.
+# Prints the sample document through the filter and the spooler's renderer, as the spooler would for a colour job, and
+# looks at what came out.
 #   scripts/demo.sh BUILD_FOLDER
 set -eu
 
@@ -30,3 +31,8 @@ echo "  size   $size bytes"
 echo "$start $end" | awk '{ printf "  time   %.2f s, the rendering by pdftoraster included\n", $2 - $1 }'
 echo "  job    $job"
 echo "  log    $out/sample.log"
+
+verdict=$("$build/tools/kestojob/kestojob" check "$job")
+echo "  check  ${verdict#"$job: "}"
+"$build/tools/kestojob/kestojob" pages "$job" --sheet "$out/sample.png" --scale 1/16
+echo "  sheet  $out/sample.png"

@@ -3,13 +3,14 @@
 #   scripts/setup.sh build|test|package|bench|lint
 set -eu
 
-build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters libcli11-dev"
+build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters
+  libcli11-dev libjpeg62-turbo-dev libpng-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev libjpeg62-turbo-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
+  test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
   package) packages="$build dpkg-dev file" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  lint) packages="$build libgtest-dev libjpeg62-turbo-dev libbenchmark-dev clang clang-format clang-tidy" ;;
+  lint) packages="$build libgtest-dev libbenchmark-dev clang clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
 esac
 

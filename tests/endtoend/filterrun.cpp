@@ -52,6 +52,9 @@ Outcome runFilter(const FilterCall& call) {
   EXPECT_EQ(outcome.signal, 0) << outcome.log;
   EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
   EXPECT_EQ(processesWith(MARKER + folder.path()), 0);
+  if (!outcome.output.empty()) {
+    EXPECT_EQ(faultOf(outcome.output), "");
+  }
   return outcome;
 }
 

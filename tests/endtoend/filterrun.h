@@ -26,7 +26,7 @@ struct FilterCall {
 [[nodiscard]] Command filterCommand(const FilterCall& call, const TemporaryFolder& folder);
 
 /// Runs the filter and checks what holds for every run: it ends within the time-out, not by a signal, leaves no
-/// temporary file and no process behind.
+/// temporary file and no process behind, and what it has written, if anything, is a job that the job reader finds good.
 [[nodiscard]] Outcome runFilter(const FilterCall& call);
 
 /// Runs the filter, expects exit status 0 and no "ERROR:" line, and takes the job apart.

@@ -1,7 +1,5 @@
 #include "endtoend/jobdetail.h"
 
-#include <stdexcept>
-
 #include <gtest/gtest.h>
 
 #include "support/hex.h"
@@ -10,8 +8,6 @@ namespace kesto::test {
 namespace {
 
 constexpr std::uint8_t BYTE_ARRAY = 0xC8;
-constexpr std::uint8_t PAGE_ORIGIN = 0x2A;
-constexpr std::uint8_t UNITS_PER_MEASURE = 0x89;
 
 }  // namespace
 
@@ -26,8 +22,9 @@ std::string detailOf(const Job& job, const std::string& name) {
   const auto& setup = job.pages.at(0).setup;
   const auto found = setup.find(static_cast<std::uint8_t>(std::stoul(name, nullptr, 16)));
   if (found == setup.end()) return "none";
-  if (found->second.tag == BYTE_ARRAY) return found->second.text();
-  return hex({&found->second.tag, 1}) + ' ' + hex(found->second.bytes);
+  const job::Attribute& attribute = found->second;
+  if (attribute.type->tag == BYTE_ARRAY) return std::string(attribute.text());
+  return hex({&attribute.type->tag, 1}) + ' ' + hex(attribute.bytes);
 }
 
 void expectDetails(const Job& job, const std::vector<Detail>& details, const std::string& choice) {
@@ -35,12 +32,8 @@ void expectDetails(const Job& job, const std::vector<Detail>& details, const std
 }
 
 double originInPoints(const Job& job) {
-  const Value& origin = job.pages.at(0).setup.at(PAGE_ORIGIN);
-  for (const Element& element : job.elements) {
-    const auto units = element.attributes.find(UNITS_PER_MEASURE);
-    if (units != element.attributes.end()) return origin.x() * 72.0 / units->second.x();
-  }
-  throw std::runtime_error("a session without units");
+  const job::PageLayout& layout = job.pages.at(0).layout;
+  return layout.originX * 72.0 / layout.unitsPerInch;
 }
 
 }  // namespace kesto::test

@@ -6,7 +6,6 @@
 
 #include "endtoend/filterrun.h"
 #include "endtoend/jobdetail.h"
-#include "support/jpegwrap.h"
 #include "support/pdf.h"
 
 namespace kesto::test {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
-#include "support/jpegwrap.h"
+#include "support/psnr.h"
 #include "support/raster.h"
 
 namespace kesto::test {

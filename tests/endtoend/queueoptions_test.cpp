@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "endtoend/jobdetail.h"
-#include "support/jpegwrap.h"
 #include "support/pdf.h"
 #include "support/spooler.h"
 

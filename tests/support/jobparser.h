@@ -1,5 +1,4 @@
-// Takes a printer job apart, strictly: what does not belong to a job as the printer takes it throws std::runtime_error
-// with the offset. Written from the format, not from the encoder.
+// A printer job as tests look at it: the job reader's judgement, and its findings in memory.
 #pragma once
 
 #include <cstdint>
@@ -8,59 +7,39 @@
 #include <string>
 #include <vector>
 
+#include "kestojob/reader/element.h"
+#include "kestojob/reader/pagerules.h"
+
 namespace kesto::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// An attribute's value as it stands in the stream, its type tag included.
-struct Value {
-  std::uint8_t tag = 0;
-  Bytes bytes;
-
-  [[nodiscard]] std::uint32_t number() const;  ///< ubyte, uint16
-  [[nodiscard]] int x() const;                 ///< the pairs of 16-bit numbers
-  [[nodiscard]] int y() const;
-  [[nodiscard]] std::string text() const;     ///< ubyte_array
-  [[nodiscard]] float real(int index) const;  ///< real32_xy
-};
-
-/// An operator with its attributes by id, and the data block that follows a ReadImage.
-struct Element {
-  std::size_t offset = 0;
-  std::uint8_t code = 0;
-  std::map<std::uint8_t, Value> attributes;
-  std::vector<std::uint8_t> order;  ///< attribute ids as they came
-  Bytes data;
-};
-
 struct Strip {
   unsigned firstLine = 0, width = 0, height = 0;
-  Bytes wicket;
-  Bytes tags;
+  Bytes tags;  ///< as they were sent
 };
 
 struct Page {
-  std::map<std::uint8_t, Value> setup;  ///< attributes of all operators from BeginPage to the first strip
+  std::map<std::uint8_t, job::Attribute> setup;  ///< attributes of all operators from BeginPage to the first strip
   std::vector<Strip> strips;
+  job::PageLayout layout;
+  Bytes pixels;  ///< of all strips: grey, or Y, Cb and Cr
 
   [[nodiscard]] unsigned height() const;
 };
 
 struct Job {
-  std::vector<std::string> pjl;   ///< header lines, without line feeds
-  std::string streamHeader;       ///< 64 bytes
-  std::vector<Element> elements;  ///< every PCL XL operator
+  std::vector<std::string> pjl;  ///< header lines, without line feeds
   std::vector<Page> pages;
 };
 
-/// Takes the job apart and checks its structure: header lines, stream header, session, pages whose strips tile them
-/// from the first line on, session end, end of job, and not a byte more.
+/// What the job reader objects to, with its offset; empty for a good job.
+[[nodiscard]] std::string faultOf(std::span<const std::uint8_t> job);
+
+/// Takes the job apart; throws std::runtime_error with the fault of a job that is not good.
 [[nodiscard]] Job parseJob(std::span<const std::uint8_t> bytes);
 
-/// The page's luma rows (grey jobs: its grey rows) as an independent decoder sees them, `width` bytes a row.
+/// The page's luma rows (grey jobs: its grey rows) as an independent decoder sees them.
 [[nodiscard]] Bytes decodeLuma(const Page& page, bool color);
-
-/// The page's rows as RGB.
-[[nodiscard]] Bytes decodeRgb(const Page& page);
 
 }  // namespace kesto::test

@@ -1,0 +1,181 @@
+// A small job written out byte by byte, with what each byte is for. Nothing of the filter is used to make it.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/hex.h"
+
+namespace kesto::test {
+
+/// Bytes of hexadecimal digits, with or without blanks.
+inline Bytes fromHex(std::string_view text) {
+  std::string digits;
+  std::ranges::copy_if(text, std::back_inserter(digits), [](char c) { return c != ' '; });
+  Bytes bytes;
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+/// What a byte of the job may be changed to, and why that is no fault. Structure may be changed to nothing.
+struct Freedom {
+  const char* reason;
+  bool (*accepts)(std::uint8_t value);
+};
+
+inline constexpr Freedom STRUCTURE = {"", [](std::uint8_t) { return false; }};
+inline constexpr Freedom ENTROPY_CODED = {"what the picture looks like is nobody's fault", nullptr};
+inline constexpr Freedom TEXT = {"the job's own texts may say anything but control characters",
+                                 [](std::uint8_t v) { return (v >= 0x20 && v != 0x7F) || v == '\t'; }};
+inline constexpr Freedom COMMENT = {"the stream header's comment may say anything printable",
+                                    [](std::uint8_t v) { return v >= 0x20 && v <= 0x7E; }};
+inline constexpr Freedom DIGIT = {"any time of day is a date", [](std::uint8_t v) { return v >= '0' && v <= '9'; }};
+inline constexpr Freedom FIRST_DIGIT = {"so is any day, but a number begins with no 0",
+                                        [](std::uint8_t v) { return (v >= '1' && v <= '9') || v == '-'; }};
+inline constexpr Freedom QUANTIZER = {"the strip can be read with the other quantiser as well",
+                                      [](std::uint8_t v) { return v == 0x2B || v == 0x2C; }};
+inline constexpr Freedom TAG = {"a plane may have any tag",
+                                [](std::uint8_t v) { return v == 0x00 || v == 0x55 || v == 0xAA || v == 0xFF; }};
+
+/// What a sample job is to be like.
+struct SampleChoices {
+  bool color = true;
+  bool usb = false;
+  int pages = 2;
+  bool tall = true;  ///< pages of 264 lines, a strip of 256 and one of 8; otherwise only the latter
+  std::string resolution = "600";
+  std::string units = "58 02";          ///< the same, low byte first
+  std::string band = "FE FE 28 A0 0F";  ///< 16 x 8 pixels; white in colour
+  std::string title = "A title";
+};
+
+class SampleJob {
+ public:
+  explicit SampleJob(const SampleChoices& choices = {}) : choices_(choices) {
+    if (choices_.usb) addRequests();
+    addHeader();
+    addSessionStart();
+    for (int page = 0; page < choices_.pages; ++page) addPage();
+    add(fromHex("49 42"));
+    text("\x1B%-12345X@PJL EOJ\n@PJL LPORTROTATE\n\x1B%-12345X");
+  }
+
+  [[nodiscard]] const Bytes& bytes() const { return bytes_; }
+  /// The freedom of each byte.
+  [[nodiscard]] const std::vector<const Freedom*>& freedoms() const { return freedoms_; }
+
+ private:
+  void add(const Bytes& bytes, const Freedom& freedom = STRUCTURE) {
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    freedoms_.insert(freedoms_.end(), bytes.size(), &freedom);
+  }
+  void text(std::string_view text, const Freedom& freedom = STRUCTURE) {
+    add(Bytes(text.begin(), text.end()), freedom);
+  }
+  void addRequests() {
+    add(fromHex("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E"));
+    add(fromHex("A5 00 0F 50 E0 73 07 08 00 00 01 00 00 00 00 00 01 00"));
+    add(fromHex("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E"));
+    add(fromHex("A5 00 0D 50 E0 73 03 08 00 00 01 00 00 00 00 00"));
+  }
+  void addHeader() {
+    text("\x1B%-12345X@PJL JOB\n@PJL SET STRINGCODESET=UTF8\n@PJL SET FDATETIME=");
+    text("4", FIRST_DIGIT);
+    text("6342", DIGIT);
+    text(".");
+    text("859375", DIGIT);
+    text("\n@PJL COMMENT ");
+    text("Driver", TEXT);
+    text("\n@PJL SET JOBNAME=\"");
+    text(choices_.title, TEXT);
+    text("\"\n@PJL LJOBINFO HOSTID=\"");
+    text("anna", TEXT);
+    text("\"\n@PJL SET LSHARPEN=ON\n@PJL SET LCOLORMODEL=");
+    text(choices_.color ? "CMYK" : "BLACK");
+    text("\n@PJL SET LCTPREFERENCE=IMAGE\n@PJL SET LIMAGEBRIGHTNESS=0\n@PJL SET PRINTQUALITY=");
+    text("NORMAL", TEXT);
+    text("\n@PJL SET DUPLEX=ON\n@PJL SET BINDING=LONGEDGE\n@PJL SET LCOLLATION=OFF\n@PJL SET RESOLUTION=");
+    text(choices_.resolution);
+    text("\n@PJL SET LPAGEMODE=NORMAL\n@PJL SET LIMAGECONTRAST=0\n@PJL SET LMULTIPAGEPRINT=OFF\n");
+    text("@PJL ENTER LANGUAGE=PCLXL\n");
+  }
+  void addSessionStart() {
+    text(") HP-PCL XL;2;1;");
+    text("A comment that is just forty-seven letters long", COMMENT);
+    text("\n");
+    add(fromHex("D1" + choices_.units + choices_.units +
+                "F8 89 C0 00 F8 86 C0 03 F8 8F 41 C0 00 F8 88 C0 01 F8 82 48"));
+    add(fromHex("C8 C0 17"));
+    text("Corvane Enhanced XL=1.2");
+    add(fromHex("F8 81 47"));
+  }
+  /// A page on letter paper.
+  void addPage() {
+    add(fromHex("C0 00 F8 28 C0 04 F8 26 C0 00 F8 25 C8 C0 05 50 6C 61 69 6E F8 27 C1 01 00 F8 EC C0 02 F8 ED 43"));
+    add(fromHex("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77"));
+    add(fromHex(choices_.color ? "C0 02 F8 03 6A C0 50 F8 EF C0 01 F8 EE 40"
+                               : "C0 03 F8 03 C0 80 F8 EB 6A C0 50 F8 EF "
+                                 "C0 00 F8 EE 40"));
+    add(fromHex("C0 CC F8 2C 7B"));
+    if (choices_.tall) addStrip(32, "00 00", "00 01");
+    addStrip(1, choices_.tall ? "00 01" : "00 00", "08 00");
+    add(fromHex("C1 01 00 F8 31 44"));
+  }
+  void addStrip(int bands, const std::string& firstLine, const std::string& height) {
+    add(fromHex("D3 00 00" + firstLine + "F8 4C 6B C0 00 F8 64 C0 02 F8 62 C1 10 00 F8 6C C1" + height + "F8 6B"));
+    add(fromHex("D1 10 00" + height + "F8 67 C0 08 F8 FA C0 02 F8 F9 C1 00 00 F8 F8 C1" + choices_.units + "F8 F7"));
+    add(fromHex("C1 06 00 F8 F6 B0 C1 00 00 F8 6D C1" + height + "F8 63 C0 F6 F8 65 B1 FA"));
+    const Bytes band = fromHex(choices_.band);
+    const auto length = static_cast<std::uint32_t>(2 + static_cast<std::size_t>(bands) * (band.size() + 2));
+    add({static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8), 0, 0});
+    add({0xFF});
+    add({0x2B}, QUANTIZER);
+    for (int i = 0; i < bands; ++i) {
+      add(band, ENTROPY_CODED);
+      add({0xFF, static_cast<std::uint8_t>(0xD0 + i % 8)});
+    }
+    add(fromHex("C1 00 00 F8 6D C1" + height + "F8 63 C0 F7 F8 65 B1 FA 01 00 00 00"));
+    add({0xFF}, TAG);
+    add({0xB2});
+  }
+
+  SampleChoices choices_;
+  Bytes bytes_;
+  std::vector<const Freedom*> freedoms_;
+};
+
+/// White in a grey job, and black.
+inline constexpr char GREY_WHITE[] = "FE FE 28 AF";
+inline constexpr char GREY_BLACK[] = "FF 00 3F FA 2B";
+
+/// The offset of bytes in a job, from `start` on; the job's size when they are not in it.
+inline std::size_t findBytes(const Bytes& job, std::string_view hexText, std::size_t start = 0) {
+  const Bytes wanted = fromHex(hexText);
+  const auto found =
+      std::search(job.begin() + static_cast<std::ptrdiff_t>(start), job.end(), wanted.begin(), wanted.end());
+  return static_cast<std::size_t>(found - job.begin());
+}
+
+/// The job with the first occurrence of some bytes replaced by others.
+inline Bytes replaced(const Bytes& job, const Bytes& from, const Bytes& to) {
+  const auto found = std::search(job.begin(), job.end(), from.begin(), from.end());
+  if (found == job.end()) return {};
+  Bytes result(job.begin(), found);
+  result.insert(result.end(), to.begin(), to.end());
+  result.insert(result.end(), found + static_cast<std::ptrdiff_t>(from.size()), job.end());
+  return result;
+}
+inline Bytes replacedHex(const Bytes& job, std::string_view from, std::string_view to) {
+  return replaced(job, fromHex(from), fromHex(to));
+}
+inline Bytes replacedText(const Bytes& job, std::string_view from, std::string_view to) {
+  return replaced(job, Bytes(from.begin(), from.end()), Bytes(to.begin(), to.end()));
+}
+
+}  // namespace kesto::test

@@ -1,0 +1,81 @@
+#include "kestojob/pngwriter.h"
+
+#include <cerrno>
+#include <csetjmp>
+#include <cstdio>
+#include <system_error>
+
+#include <png.h>
+
+#include "kestojob/reader/fault.h"
+
+namespace kesto::job {
+
+/// The libpng objects. libpng leaves a failing call by a jump, so that every call stands in a function of its own that
+/// holds nothing to be given back.
+struct PngWriter::Png {
+  std::string path;
+  std::FILE* file = nullptr;
+  png_structp png = nullptr;
+  png_infop info = nullptr;
+
+  explicit Png(const std::string& name) : path(name) {}
+  Png(const Png&) = delete;
+  Png& operator=(const Png&) = delete;
+  ~Png() {
+    png_destroy_write_struct(&png, &info);
+    if (file != nullptr) static_cast<void>(std::fclose(file));
+  }
+
+  [[noreturn]] void fail() const {
+    throw FileError(path + ": " + std::generic_category().message(errno == 0 ? EIO : errno));
+  }
+  void open() {
+    errno = 0;
+    file = std::fopen(path.c_str(), "wbe");
+    png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
+    if (png != nullptr) info = png_create_info_struct(png);
+    if (file == nullptr || info == nullptr) fail();
+  }
+  // What libpng calls a user limit guards readers; how large a picture may be is decided before one is begun.
+  bool begin(unsigned width, unsigned height, unsigned channels) {
+    if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT(cert-err52-cpp)
+    png_init_io(png, file);
+    png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    const int color = channels == 3 ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY;
+    png_set_IHDR(png, info, width, height, 8, color, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png, info);
+    return true;
+  }
+  bool writeRow(const std::uint8_t* pixels) {
+    if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT(cert-err52-cpp)
+    png_write_row(png, pixels);
+    return true;
+  }
+  bool end() {
+    if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT(cert-err52-cpp)
+    png_write_end(png, nullptr);
+    return true;
+  }
+};
+
+PngWriter::PngWriter(const std::string& path, unsigned width, unsigned height, unsigned channels)
+    : png_(std::make_unique<Png>(path)) {
+  png_->open();
+  if (!png_->begin(width, height, channels)) png_->fail();
+}
+
+PngWriter::~PngWriter() = default;
+
+void PngWriter::row(std::span<const std::uint8_t> pixels) {
+  errno = 0;
+  if (!png_->writeRow(pixels.data())) png_->fail();
+}
+
+void PngWriter::finish() {
+  errno = 0;
+  if (!png_->end() || std::fflush(png_->file) != 0) png_->fail();
+}
+
+}  // namespace kesto::job

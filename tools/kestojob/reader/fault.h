@@ -1,0 +1,29 @@
+// What is wrong with a job, and where.
+//
+// Everything that reads a job throws a Fault at the first thing that does not belong there; nothing of a job is
+// believed before that. Trouble with files, which is no property of the job, is a FileError.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace kesto::job {
+
+/// A job that is not as the printer takes it: what() is one sentence, `offset` counts bytes from the job's first.
+class Fault : public std::runtime_error {
+ public:
+  Fault(std::uint64_t offset, const std::string& sentence) : std::runtime_error(sentence), offset_(offset) {}
+  [[nodiscard]] std::uint64_t offset() const { return offset_; }
+
+ private:
+  std::uint64_t offset_;
+};
+
+/// A file that cannot be read or written: what() tells which and why.
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace kesto::job

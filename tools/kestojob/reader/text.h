@@ -1,0 +1,32 @@
+// Bytes and numbers as people and programs read them.
+//
+// What comes out of a job may hold anything. Nothing of it reaches a terminal as a control character, and nothing of it
+// breaks a JSON string.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kesto::job {
+
+/// Text fit for a terminal: printable ASCII and UTF-8 as it is, any other byte as \xNN.
+[[nodiscard]] std::string printable(std::string_view text);
+
+/// A JSON string, its quotes included. Bytes that are no UTF-8 become U+FFFD.
+[[nodiscard]] std::string jsonString(std::string_view text);
+
+/// "0x1F"
+[[nodiscard]] std::string hexByte(std::uint8_t byte);
+
+/// "A5 00 0D"
+[[nodiscard]] std::string hexBytes(std::span<const std::uint8_t> bytes);
+
+/// "1 page", "2 pages"
+[[nodiscard]] std::string counted(std::uint64_t count, std::string_view noun);
+
+/// A number with a few digits behind the point: "152.7", "0.5".
+[[nodiscard]] std::string decimal(double value, int digits);
+
+}  // namespace kesto::job
