@@ -1,11 +1,11 @@
 #include "codec/colorconvert.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstring>
 
 #include "codec/codecstatus.h"
+#include "codec/colorequations.h"
 
 namespace kesto {
 
@@ -14,20 +14,6 @@ namespace {
 constexpr std::uint8_t WHITE_LUMA = 255;
 constexpr std::uint8_t WHITE_CHROMA = 128;
 constexpr std::int32_t SMALLEST_BAND = 24;  // one pixel in each of eight lines
-
-/// The coefficients of R, G and B in 1024ths and what is added after the shift.
-struct Equation {
-  std::int32_t red, green, blue, offset;
-};
-constexpr Equation LUMA{306, 601, 117, 0};
-constexpr Equation BLUE_DIFFERENCE{-173, -339, 512, 128};
-constexpr Equation RED_DIFFERENCE{512, -429, -83, 128};
-
-// Luma coefficients sum to 1024 and those of a difference to 0, with positive parts of 512: the shifted sums lie in
-// 0..255 and -128..127, so nothing has to be clamped.
-static_assert(LUMA.red + LUMA.green + LUMA.blue == 1024);
-static_assert(BLUE_DIFFERENCE.red + BLUE_DIFFERENCE.green == -512 &&
-              RED_DIFFERENCE.green + RED_DIFFERENCE.blue == -512);
 
 template <Equation equation>
 constexpr std::uint8_t component(std::int32_t red, std::int32_t green, std::int32_t blue) {
@@ -39,10 +25,10 @@ static_assert(component<LUMA>(255, 255, 255) == WHITE_LUMA &&
               component<BLUE_DIFFERENCE>(255, 255, 255) == WHITE_CHROMA &&
               component<RED_DIFFERENCE>(255, 255, 255) == WHITE_CHROMA);
 
-/// Converts `count` pixels. The loop is kept free of anything but arithmetic, for the compiler to run it in vectors.
-[[gnu::always_inline]] inline void convertPixels(const std::uint8_t* __restrict rgb, std::size_t count,
-                                                 std::uint8_t* __restrict y, std::uint8_t* __restrict cb,
-                                                 std::uint8_t* __restrict cr) {
+using PixelConverter = void (*)(const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*, std::uint8_t*);
+
+void convertPixels(const std::uint8_t* __restrict rgb, std::size_t count, std::uint8_t* __restrict y,
+                   std::uint8_t* __restrict cb, std::uint8_t* __restrict cr) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::int32_t red = rgb[3 * i];
     const std::int32_t green = rgb[3 * i + 1];
@@ -53,18 +39,16 @@ static_assert(component<LUMA>(255, 255, 255) == WHITE_LUMA &&
   }
 }
 
-using PixelConverter = void (*)(const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*, std::uint8_t*);
-
 void convertAnywhere(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr) {
   convertPixels(rgb, count, y, cb, cr);
 }
 
 #if defined(__x86_64__)
-// The basic instruction set can neither take every third byte nor multiply 32-bit lanes, so the same loop compiled for
-// AVX2 takes a fifth of the time.
-[[gnu::target("avx2")]] void convertWithAvx2(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y,
-                                             std::uint8_t* cb, std::uint8_t* cr) {
-  convertPixels(rgb, count, y, cb, cr);
+/// The vectors take whole groups of pixels; a line's rest goes the common way.
+void convertWithAvx2(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr) {
+  const std::size_t inGroups = count - count % fast::PIXEL_GROUP;
+  fast::convertGroupsWithAvx2(rgb, inGroups, y, cb, cr);
+  convertAnywhere(rgb + 3 * inGroups, count - inGroups, y + inGroups, cb + inGroups, cr + inGroups);
 }
 
 PixelConverter bestConverter() {
@@ -84,12 +68,16 @@ bool isWhite(const std::uint8_t* pixel) {
   return (pixel[0] & pixel[1] & pixel[2]) == 0xFF;
 }
 
-constexpr std::int32_t GROUP = 8;  // pixels that three 64-bit words hold
+constexpr std::int32_t GROUP = 32;  // pixels that are looked at together
 
 bool isGroupWhite(const std::uint8_t* pixels) {
-  std::array<std::uint64_t, 3> words;
-  std::memcpy(words.data(), pixels, sizeof words);
-  return (words[0] & words[1] & words[2]) == ~std::uint64_t{0};
+  std::uint64_t common = ~std::uint64_t{0};
+  for (std::ptrdiff_t at = 0; at < GROUP * 3; at += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, pixels + at, sizeof word);
+    common &= word;
+  }
+  return common == ~std::uint64_t{0};
 }
 
 /// The number of white pixels at the start of a line.
@@ -140,9 +128,11 @@ std::int32_t rgbtoYCbCr(std::int32_t lineBytes, std::int32_t totalBytes, const s
   const std::int32_t lines = totalBytes / lineBytes;
   for (std::int32_t i = 0; i < lines; ++i) {
     const std::uint8_t* const line = rgb + std::ptrdiff_t{i} * lineBytes;
-    const std::int32_t last = stripTrail(line, lineBytes / 3);
-    if (last == 0) continue;
-    const std::int32_t first = stripLead(line, last);
+    const std::int32_t pixels = lineBytes / 3;
+    // White lines are found from their start on: memory is read faster in this direction.
+    const std::int32_t first = stripLead(line, pixels);
+    if (first == pixels) continue;
+    const std::int32_t last = stripTrail(line, pixels);
     const std::ptrdiff_t at = std::ptrdiff_t{i} * outStride + first;
     convert(pixelAt(line, first), static_cast<std::size_t>(last - first), yPlane + at, cbPlane + at, crPlane + at);
     status = COLOR_BAND_PRINTED;

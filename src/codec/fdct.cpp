@@ -4,25 +4,13 @@
 #include <array>
 #include <cstddef>
 
+#include "codec/fdctconstants.h"
+
 namespace kesto {
 namespace {
 
 constexpr std::int32_t SIDE = 8;
 using Block = std::array<std::int32_t, SIDE * SIDE>;
-
-// The method's constants times 2^13.
-constexpr std::int32_t FIX_0_298631336 = 2446;
-constexpr std::int32_t FIX_0_390180644 = 3196;
-constexpr std::int32_t FIX_0_541196100 = 4433;
-constexpr std::int32_t FIX_0_765366865 = 6270;
-constexpr std::int32_t FIX_0_899976223 = 7373;
-constexpr std::int32_t FIX_1_175875602 = 9633;
-constexpr std::int32_t FIX_1_501321110 = 12299;
-constexpr std::int32_t FIX_1_847759065 = 15137;
-constexpr std::int32_t FIX_1_961570560 = 16069;
-constexpr std::int32_t FIX_2_053119869 = 16819;
-constexpr std::int32_t FIX_2_562915447 = 20995;
-constexpr std::int32_t FIX_3_072711026 = 25172;
 
 // 32 bits are enough. Samples lie within 512, so no row result leaves 8 x 512 by more than its rounding. A sum of
 // products in the column pass is made of a difference of two such values, two sums of two differences and one of

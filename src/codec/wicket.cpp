@@ -4,9 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <span>
 
 #include "codec/bandplanes.h"
 #include "codec/blockwriter.h"
+#include "codec/fastband.h"
 
 namespace kesto {
 namespace {
@@ -86,6 +88,7 @@ std::int32_t wicketCompressPlanes(std::int32_t blockCount, const std::uint8_t* m
   const Band band{bandWidth, bandPixels, blockCount};
   const std::int32_t refused = checkInterleaved(band, capacity, settings);
   if (refused != CODEC_OK) return refused;
+  if (compressBandFast(band, map, sources, capacity, output, length, settings, coder)) return CODEC_OK;
 
   BlockMaps maps;
   if (!maps.allocate(band)) return CODEC_NULL_POINTER;
@@ -133,6 +136,8 @@ std::int32_t wicketCompressSeparatedPlanes(std::int32_t blockCount, const std::u
   const ChromaSampling* sampling = findChromaSampling(given == 1 ? SAMPLE_TYPE_444 : settings->sampleType);
   const std::int32_t refused = checkSeparated(band, capacity, sampling);
   if (refused != CODEC_OK) return refused;
+  const auto grey = std::span(sources).first<1>();
+  if (given == 1 && compressBandFast(band, map, grey, capacity, yOutput, yLength, settings, coder)) return CODEC_OK;
 
   BlockMaps maps;
   const auto coefficients = allocateSamples(band);

@@ -112,11 +112,11 @@ TEST(RgbToYCbCr, ConvertsFromTheFirstToTheLastPixelThatIsNotWhite) {
 }
 
 TEST(RgbToYCbCr, TouchesNothingButASinglePixelInAnyColumn) {
-  for (std::size_t column = 0; column < 40; ++column) {
-    Band band(40, 1, 40);
+  for (std::size_t column = 0; column < 100; ++column) {
+    Band band(100, 1, 100);
     *band.pixel(0, column) = 0;
     EXPECT_EQ(band.convert(1), 257);
-    Bytes luma(48, 0x33);
+    Bytes luma(108, 0x33);
     luma[column] = 178;
     EXPECT_EQ(band.y, luma) << "column " << column;
   }
