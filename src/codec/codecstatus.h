@@ -20,9 +20,9 @@ enum CodecStatus : std::int32_t {
   CODEC_INPUT_END = 1313,               // reading: the data ended, or a marker came, before the symbol did
   CODEC_MAGNITUDE = 1314,               // a coefficient beyond 2047
   CODEC_NO_SUCH_CODE = 1315,            // reading: the bits begin no code of the table
-  CODEC_DC_SYMBOL_RANGE = 1537,         // a DC symbol above 15 in a specification
-  CODEC_TOO_MANY_AC_CODES = 1538,       // more than 162 AC codes in a specification
-  CODEC_INVALID_SYMBOL = 1539,          // a symbol that has no code, or that a specification defines twice
+  CODEC_DC_SYMBOL_RANGE = 1537,         // a DC symbol above 15 in a code list
+  CODEC_TOO_MANY_AC_CODES = 1538,       // more than 162 AC codes in a code list
+  CODEC_INVALID_SYMBOL = 1539,          // a symbol that has no code, or that code lists define twice
   CODEC_DC_SIZE = 1540,                 // a DC size above 11
   CODEC_NO_DC_COUNTS = 1542,            // null DC counts
   CODEC_NO_AC_COUNTS = 1543,            // null AC counts

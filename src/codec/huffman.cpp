@@ -22,14 +22,14 @@ constexpr std::array<std::uint8_t, MAX_MAGNITUDE + 1> CATEGORIES = makeCategorie
 static_assert(CATEGORIES[0] == 0 && CATEGORIES[1] == 1 && CATEGORIES[3] == 2 && CATEGORIES[4] == 3);
 static_assert(CATEGORIES[1023] == 10 && CATEGORIES[1024] == 11 && CATEGORIES[2047] == 11);
 
-constexpr HuffmanSpecification LUMA_SPECIFICATION = {huffmanLuminanceDCCodes, huffmanLuminanceDCCategory,
-                                                     huffmanLuminanceACCodes, huffmanLuminanceRSValues};
-constexpr HuffmanSpecification CHROMA_SPECIFICATION = {huffmanChromDCCodes, huffmanChromDCCategory, huffmanChromACCodes,
-                                                       huffmanChromRSValues};
+constexpr HuffmanLists LUMA_SPECIFICATION = {huffmanLuminanceDCCodes, huffmanLuminanceDCCategory,
+                                             huffmanLuminanceACCodes, huffmanLuminanceRSValues};
+constexpr HuffmanLists CHROMA_SPECIFICATION = {huffmanChromDCCodes, huffmanChromDCCategory, huffmanChromACCodes,
+                                               huffmanChromRSValues};
 
-std::int32_t initializeTable(const HuffmanSpecification& specification, HuffmanCodeTable& table) {
-  return codecInitialize(specification.dcCounts.data(), specification.dcSymbols.data(), specification.acCounts.data(),
-                         specification.acSymbols.data(), &table);
+std::int32_t initializeTable(const HuffmanLists& lists, HuffmanCodeTable& table) {
+  return codecInitialize(lists.dcCounts.data(), lists.dcSymbols.data(), lists.acCounts.data(), lists.acSymbols.data(),
+                         &table);
 }
 
 const HuffmanCodeTable& codesFor(bool isChroma, const WicketCoder* coder) {
@@ -100,8 +100,8 @@ std::int32_t writeACCode(std::uint32_t rs, bool isChroma, WicketCoder* coder) {
 
 void setHuffman(WicketCoder* coder) {
   coder->category = CATEGORIES;
-  coder->lumaSpecification = LUMA_SPECIFICATION;
-  coder->chromaSpecification = CHROMA_SPECIFICATION;
+  coder->lumaLists = LUMA_SPECIFICATION;
+  coder->chromaLists = CHROMA_SPECIFICATION;
   coder->out = nullptr;
   coder->outCapacity = 0;
   coder->outCount = 0;
@@ -115,8 +115,8 @@ void setHuffman(WicketCoder* coder) {
 }
 
 std::int32_t initialize(WicketCoder* coder) {
-  std::int32_t status = initializeTable(coder->lumaSpecification, coder->lumaCodes);
-  if (status == CODEC_OK) status = initializeTable(coder->chromaSpecification, coder->chromaCodes);
+  std::int32_t status = initializeTable(coder->lumaLists, coder->lumaCodes);
+  if (status == CODEC_OK) status = initializeTable(coder->chromaLists, coder->chromaCodes);
   if (status == CODEC_OK) coder->tablesReady = 2;
   return status;
 }

@@ -50,18 +50,18 @@ struct WicketCoder {
   std::uint32_t tablesReady = 0;       // 2 when both code tables stand
   std::uint32_t coefficientIndex = 0;  // zigzag position that the current block has been coded up to
   std::int32_t restartNumber = 0;      // of the next restart marker
-  HuffmanSpecification lumaSpecification{};
-  HuffmanSpecification chromaSpecification{};
+  HuffmanLists lumaLists{};
+  HuffmanLists chromaLists{};
   HuffmanCodeTable lumaCodes{};
   HuffmanCodeTable chromaCodes{};
   SymbolReaderState reader{};
 };
 
-/// Prepares a coder for a stream of its own: standard specifications, no output buffer, no pending bits, byte
+/// Prepares a coder for a stream of its own: standard code lists, no output buffer, no pending bits, byte
 /// stuffing off, restart number 0. The code tables stay as they are until `initialize`.
 void setHuffman(WicketCoder* coder);
 
-/// Makes both code tables stand for the coder's specifications. Returns 0, with tablesReady 2, or the first status
+/// Makes both code tables stand for the coder's code lists. Returns 0, with tablesReady 2, or the first status
 /// of codecInitialize that is not 0.
 [[nodiscard]] std::int32_t initialize(WicketCoder* coder);
 

@@ -9,7 +9,7 @@ namespace {
 
 using CodeCounts = std::span<const std::uint32_t, CODE_LENGTHS>;
 
-/// Walks the codes of a specification in order and hands (symbol's position, code, length) to `define`, which ends
+/// Walks the codes of code lists in order and hands (symbol's position, code, length) to `define`, which ends
 /// the walk by returning a status other than 0.
 template <class Define>
 std::int32_t forEachCode(CodeCounts counts, Define define) {
@@ -78,12 +78,12 @@ void recordACLengths(CodeCounts counts, HuffmanCodeTable& table) {
   }
 }
 
-/// True when `table` stands for the given specification. The symbol lists are compared as far as the counts reach:
+/// True when `table` stands for the given code lists. The symbol lists are compared as far as the counts reach:
 /// a caller's list may be no longer than that.
 bool standsFor(const HuffmanCodeTable& table, CodeCounts dcCounts, const std::uint32_t* dcSymbols, CodeCounts acCounts,
                const std::uint32_t* acSymbols) {
   if (table.generated == 0) return false;
-  const HuffmanSpecification& source = table.source;
+  const HuffmanLists& source = table.source;
   if (!std::equal(dcCounts.begin(), dcCounts.end(), source.dcCounts.begin())) return false;
   if (!std::equal(acCounts.begin(), acCounts.end(), source.acCounts.begin())) return false;
   const std::uint32_t dcTotal = std::accumulate(dcCounts.begin(), dcCounts.end(), std::uint32_t{0});
@@ -92,16 +92,15 @@ bool standsFor(const HuffmanCodeTable& table, CodeCounts dcCounts, const std::ui
          std::equal(acSymbols, acSymbols + acTotal, source.acSymbols.begin());
 }
 
-std::int32_t checkSpecification(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
-                                const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
-                                const HuffmanCodeTable* table) {
+std::int32_t checkLists(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols, const std::uint32_t* acCounts,
+                        const std::uint32_t* acSymbols, const HuffmanCodeTable* table) {
   if (dcCounts == nullptr) return CODEC_NO_DC_COUNTS;
   if (acCounts == nullptr) return CODEC_NO_AC_COUNTS;
   if (acSymbols == nullptr) return CODEC_NO_AC_SYMBOLS;
   return dcSymbols == nullptr || table == nullptr ? CODEC_NULL_POINTER : CODEC_OK;
 }
 
-/// Fills the entries of a lookup that begin with `code`. A specification with more codes than fit has codes beyond
+/// Fills the entries of a lookup that begin with `code`. Code lists with more codes than fit has codes beyond
 /// the lookup's end: no word begins with those.
 template <class Lookup, std::size_t Size>
 void fillLookup(std::array<Lookup, Size>& lookup, std::uint32_t bits, const HuffmanCode& code, Lookup entry) {
@@ -115,7 +114,7 @@ void fillLookup(std::array<Lookup, Size>& lookup, std::uint32_t bits, const Huff
 std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                                 const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
                                 HuffmanCodeTable* table) {
-  const std::int32_t missing = checkSpecification(dcCounts, dcSymbols, acCounts, acSymbols, table);
+  const std::int32_t missing = checkLists(dcCounts, dcSymbols, acCounts, acSymbols, table);
   if (missing != CODEC_OK) return missing;
   table->generated = 0;
   table->lookupsBuilt = 0;
@@ -133,7 +132,7 @@ std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32
 
 std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                              const std::uint32_t* acCounts, const std::uint32_t* acSymbols, HuffmanCodeTable* table) {
-  const std::int32_t missing = checkSpecification(dcCounts, dcSymbols, acCounts, acSymbols, table);
+  const std::int32_t missing = checkLists(dcCounts, dcSymbols, acCounts, acSymbols, table);
   if (missing != CODEC_OK) return missing;
   if (standsFor(*table, CodeCounts(dcCounts, CODE_LENGTHS), dcSymbols, CodeCounts(acCounts, CODE_LENGTHS), acSymbols)) {
     return CODEC_OK;

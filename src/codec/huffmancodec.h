@@ -1,4 +1,4 @@
-// Huffman code tables: the codes that a specification (counts per length, symbols in order) stands for.
+// Huffman code tables: the codes that code lists (counts per length, symbols in order) stand for.
 //
 // A table has an encoding part, which is all that compression reads, and decoding lookups of half a megabyte that
 // only a stream reader needs. The encoding part is made at once, the lookups when a reader first asks for a symbol,
@@ -22,14 +22,14 @@ inline constexpr std::int32_t ZRL_CODE_INDEX = 161;
 inline constexpr std::uint32_t MAX_AC_SIZE = 10;
 
 /// What a Huffman table is made from: how many codes there are of each length 1 to 16, and their symbols in order.
-struct HuffmanSpecification {
+struct HuffmanLists {
   std::array<std::uint32_t, CODE_LENGTHS> dcCounts{};
   std::array<std::uint32_t, DC_SYMBOL_COUNT> dcSymbols{};
   std::array<std::uint32_t, CODE_LENGTHS> acCounts{};
   std::array<std::uint32_t, AC_SYMBOL_COUNT> acSymbols{};
 };
 
-/// One code, in the low `length` bits of `code`. `count` is how often the specification defined it: 0 means no code.
+/// One code, in the low `length` bits of `code`. `count` is how often the code lists defined it: 0 means no code.
 struct HuffmanCode {
   std::uint32_t code = 0;
   std::uint32_t length = 0;
@@ -40,7 +40,7 @@ struct HuffmanCode {
 struct HuffmanLengthRange {
   std::uint32_t firstCode = 0;
   std::uint32_t lastCode = 0;
-  std::uint32_t firstSymbol = 0;  // position of the first code's symbol in the specification's list
+  std::uint32_t firstSymbol = 0;  // position of the first code's symbol in its code list
 };
 
 /// What a 16-bit word begins with: an AC symbol and the length of its code; length 0 when it begins with no code.
@@ -59,7 +59,7 @@ struct HuffmanCodeTable {
   std::array<HuffmanLookup, std::size_t{1} << 16> acLookup{};  // by 16 bits
   std::uint32_t generated = 0;                                 // 1: the codes stand
   std::uint32_t lookupsBuilt = 0;                              // 1: dcLookup and acLookup agree with the codes
-  HuffmanSpecification source{};                               // what the codes were generated from
+  HuffmanLists source{};                                       // what the codes were generated from
 };
 
 /// The code index of an AC symbol: 160 for EOB, 161 for ZRL, (size - 1) x 16 + run for sizes 1 to 10 and runs 0 to
@@ -81,7 +81,7 @@ struct HuffmanCodeTable {
   return (index & 15) * 16 + (index >> 4) + 1;
 }
 
-/// Generates the codes of a specification into `table`: consecutive numbers within a length, doubled from one length
+/// Generates the codes of the code lists into `table`: consecutive numbers within a length, doubled from one length
 /// to the next (T.81 Annex C).
 ///
 /// The counts have 16 entries; the symbol lists need as many as the counts add up to. Returns 0, or
@@ -91,9 +91,9 @@ struct HuffmanCodeTable {
                                               const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
                                               HuffmanCodeTable* table);
 
-/// Makes `table` ready for coding and decoding with a specification; results as codecGenerateCodes.
+/// Makes `table` ready for coding and decoding with code lists; results as codecGenerateCodes.
 ///
-/// A table that already stands for the same specification is left as it is, decoding lookups included.
+/// A table that already stands for the same code lists is left as it is, decoding lookups included.
 [[nodiscard]] std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                                            const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
                                            HuffmanCodeTable* table);
@@ -102,7 +102,7 @@ struct HuffmanCodeTable {
 void codecBuildLookups(HuffmanCodeTable* table);
 
 /// Stores code and length of the DC size 0 to 11. Returns 0, CODEC_DC_SIZE for a size above 11, CODEC_INVALID_SYMBOL
-/// for a size that the specification left without a code, or the status of a null out-parameter.
+/// for a size that the code lists left without a code, or the status of a null out-parameter.
 [[nodiscard]] std::int32_t codecDCCode(std::uint32_t size, std::uint32_t* code, std::uint32_t* length,
                                        const HuffmanCodeTable* table);
 

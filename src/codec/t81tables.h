@@ -1,4 +1,4 @@
-// The tables of ITU-T T.81 that the codec codes with: quantisers, zigzag order and Huffman specifications.
+// The tables of ITU-T T.81 that the codec codes with: quantisers, zigzag order and Huffman code lists.
 //
 // All entries are 32-bit, as the rest of the codec takes them. The checks at the end pin what a slip of a digit would
 // break: the sums of the quantisers, the zigzag order being a permutation, every symbol listed exactly once, and

@@ -213,7 +213,7 @@ TEST(Huffman, NeverWritesPastItsCapacity) {
   EXPECT_EQ(finishEncoding(nullptr, full.coder()), CODEC_NULL_POINTER);
 }
 
-/// A specification of few codes to spoil, and a table to generate it into.
+/// Code lists of few codes to spoil, and a table to generate it into.
 struct Generation {
   std::array<std::uint32_t, 16> dcCounts = {1, 1};
   std::array<std::uint32_t, 2> dcSymbols = {3, 5};
@@ -226,7 +226,7 @@ struct Generation {
   }
 };
 
-TEST(HuffmanCodec, GeneratesOnlyTheCodesOfItsSpecification) {
+TEST(HuffmanCodec, GeneratesOnlyTheCodesOfItsLists) {
   Generation small;
   EXPECT_EQ(small.run(), 0);
   EXPECT_EQ(tableText(*small.table), "DC 3 1 0\nDC 5 2 10\nAC 0/0 2 00\nAC 2/1 2 01\n");
@@ -248,7 +248,7 @@ TEST(HuffmanCodec, GeneratesOnlyTheCodesOfItsSpecification) {
   EXPECT_EQ(acSymbol(2, -1, CHROMA, writer.coder()), CODEC_INVALID_SYMBOL);
 }
 
-TEST(HuffmanCodec, RefusesSpecificationsThatContradictThemselves) {
+TEST(HuffmanCodec, RefusesListsThatContradictThemselves) {
   const auto spoilt = [](auto spoil) {
     Generation generation;
     spoil(generation);

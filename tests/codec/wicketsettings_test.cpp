@@ -39,11 +39,11 @@ TEST(WicketSettings, StartWithTheirDefaults) {
 TEST(WicketSettings, ReinitializeTheCoderThatHadFailed) {
   Codec codec(CODEC_INVALID_SYMBOL);
   setHuffman(codec.coder.get());
-  codec.coder->chromaSpecification.dcSymbols[2] = 99;
+  codec.coder->chromaLists.dcSymbols[2] = 99;
   reinitialize(&codec.settings, codec.coder.get());
   EXPECT_EQ(codec.settings.initStatus, CODEC_DC_SYMBOL_RANGE);
   EXPECT_EQ(codec.coder->tablesReady, 0U);
-  codec.coder->chromaSpecification.dcSymbols[2] = 2;
+  codec.coder->chromaLists.dcSymbols[2] = 2;
   reinitialize(&codec.settings, codec.coder.get());
   EXPECT_EQ(codec.settings.initStatus, 0);
   EXPECT_EQ(wicketQueryByteStuffing(codec.coder.get()), 1);

@@ -220,7 +220,8 @@ TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
 TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {
   PrinterProcess printer("127.0.0.49", {"--error", "Paper jam", "--slow", "8000"});
   addQueue("alerted", printer);
-  spooler_->client("lp", {"-d", "alerted", "-n", "3", document(8)});
+  const std::string answer = spooler_->client("lp", {"-d", "alerted", "-n", "3", document(8)});
+  const std::string job = answer.substr(answer.find("alerted-") + 8, answer.find(" (") - answer.find("alerted-") - 8);
   std::string message;
   EXPECT_TRUE(eventually([&] {
     message = spooler_->client("lpstat", {"-l", "-p", "alerted"});
@@ -229,7 +230,7 @@ TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {
   EXPECT_NE(message.find("now printing"), std::string::npos) << message;
   spooler_->client("cancel", {"-a", "alerted"});
   EXPECT_TRUE(spooler_->waitUntilIdle("alerted"));
-  std::this_thread::sleep_for(200ms);
+  EXPECT_TRUE(spooler_->waitForLog("[Job " + job + "] Sent unregister command"));
   EXPECT_NE(printer.finish().find("registered 1, unregistered 1,"), std::string::npos);
 }
 
