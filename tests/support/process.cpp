@@ -158,7 +158,8 @@ bool Process::waitForOutput(const std::string& text) {
 }
 
 bool Process::hasOutput(const std::string& text) const {
-  return !std::ranges::search(outcome_.output, text).empty();
+  const auto& output = outcome_.output;
+  return std::search(output.begin(), output.end(), text.begin(), text.end()) != output.end();
 }
 
 void Process::collectFor(milliseconds time) {
