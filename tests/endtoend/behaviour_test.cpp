@@ -68,6 +68,7 @@ TEST(Behaviour, TheRendererGetsTheJobsArgumentsAndNoDescriptorOfTheSpooler) {
                        folder.path() + "/document"};
   const Outcome outcome = run(command);
   EXPECT_EQ(outcome.status, 0) << outcome.log;
+  EXPECT_EQ(faultOf(outcome.output), "");
   const auto lines = outcome.linesWith("DEBUG: renderer arguments");
   ASSERT_EQ(lines.size(), 1u) << outcome.log;
   EXPECT_EQ(lines[0], "DEBUG: renderer arguments [" + std::string(KESTO_FILTER) +

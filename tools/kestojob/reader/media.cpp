@@ -40,7 +40,7 @@ constexpr auto NUMBERED = std::to_array<NumberedSheet>({
     {14, mm(100, 148)},          // postcard
     {15, mm(148, 200)},          // double postcard
     {16, mm(148, 210)},          // A5
-    {17, inches(8.5, 13)},       // Folio
+    {17, mm(210, 330)},          // Folio
     {18, mm(128, 182)},          // B6 (JIS)
     {19, inches(5.5, 8.5)},      // Statement
     {255, inches(3.875, 8.875)}  // envelope 9
