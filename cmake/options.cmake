@@ -19,6 +19,11 @@ add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wformat=2 -Wundef -Werror)
 
+# gcc takes library code for uninitialised once a sanitizer has rewritten it.
+if(KESTO_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wno-maybe-uninitialized)
+endif()
+
 if(KESTO_SANITIZE STREQUAL "address")
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=address,undefined)
