@@ -86,13 +86,12 @@ void checkValue(const Row& row, std::string_view value, std::uint64_t offset) {
   throw Fault(offset, "The PJL line " + nameOf(row) + " has the unknown value " + quoted(value) + ".");
 }
 
-/// The lines of the end of job, without their line feeds.
-constexpr auto END = [] {
-  constexpr std::string_view text = PJL_END_JOB;
-  constexpr std::size_t first = text.find('\n');
-  constexpr std::size_t second = text.find('\n', first + 1);
-  return std::array{text.substr(0, first), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
-}();
+/// What is left of the end of job from one of its lines on.
+std::string_view endFrom(std::size_t line) {
+  std::string_view rest = PJL_END_JOB;
+  for (; line > 0; --line) rest.remove_prefix(rest.find('\n') + 1);
+  return rest;
+}
 
 }  // namespace
 
@@ -141,8 +140,9 @@ void PjlHeaderRules::note(std::size_t row, const std::string& value, std::uint64
 }
 
 bool PjlEndRules::take(const PjlLine& line) {
-  const bool last = line_ + 1 == END.size();
-  const bool matches = last ? !line.terminated && line.text == UNIVERSAL_EXIT : matchPjl(END[line_], line).has_value();
+  const std::string_view due = endFrom(line_);
+  const bool last = due.find('\n') == std::string_view::npos;
+  const bool matches = last ? !line.terminated && line.text == UNIVERSAL_EXIT : matchPjl(due, line).has_value();
   if (!matches) throw Fault(line.offset, "The line " + quoted(line.text) + " is not part of the end of job.");
   ++line_;
   return last;
