@@ -15,10 +15,6 @@ LineBlock::LineBlock(const PageGeometry& geometry)
               .pageHeight = geometry.pixelHeight},
       bytes_(std::size_t{LINE_BLOCK_HEADER_SIZE} + header_.imageSize + header_.tagSize) {
   std::memcpy(bytes_.data(), &header_, LINE_BLOCK_HEADER_SIZE);
-  reset();
-}
-
-void LineBlock::reset() {
   std::ranges::fill(imageRows(), std::uint8_t{0xFF});
   std::ranges::fill(std::span(bytes_).last(header_.tagSize), PAGE_TAG);
 }

@@ -40,11 +40,8 @@ inline constexpr std::uint8_t PAGE_TAG = 3;
 /// A line block under construction.
 class LineBlock {
  public:
-  /// A white block for pages of this geometry. Throws std::bad_alloc.
+  /// A white block for pages of this geometry; every tag is PAGE_TAG and stays so. Throws std::bad_alloc.
   explicit LineBlock(const PageGeometry& geometry);
-
-  /// Makes every image row white and every tag PAGE_TAG.
-  void reset();
 
   void setFirstLine(std::uint32_t line);
 

@@ -74,8 +74,6 @@ PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copi
       format_(jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY) {
   if (!pageFollows_) return;
   geometry_ = decideGeometry(*raster_.header(), *jobsetting, format_);
-  whiteLine_.assign(geometry_.bytesPerLine(), 0xFF);
-  lineBuffer_.resize(geometry_.bytesPerLine());
   block_.emplace(geometry_);
   const auto blockSize = static_cast<std::uint32_t>(block_->bytes().size());
   if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockSize)) failJobWithText({}, ENOMEM);
@@ -90,8 +88,6 @@ PageLoop::~PageLoop() {
 
 void PageLoop::free() {
   cbufferFree(&imageLineBlockBuffer);
-  whiteLine_ = {};
-  lineBuffer_ = {};
   block_.reset();
   copies_.reset();
 }
@@ -123,14 +119,10 @@ void PageLoop::printPage() {
 }
 
 void PageLoop::readPage() {
-  block_->reset();
   for (std::uint32_t line = 0; line < geometry_.pixelHeight; ++line) {
     const std::uint32_t slot = line % LINES_PER_BLOCK;
-    raster_.readLine(format_, lineBuffer_);
-    if (lineBuffer_ != whiteLine_) {
-      std::ranges::copy(lineBuffer_, block_->imageRow(slot).begin());
-      if (jobsetting->mirror == MIRROR_BY_FILTER) mirrorRow(slot);
-    }
+    raster_.readLine(format_, block_->imageRow(slot));
+    if (jobsetting->mirror == MIRROR_BY_FILTER) mirrorRow(slot);
     if (slot == LINES_PER_BLOCK - 1) submitBlock(line - slot);
   }
   raster_.dropRestOfPage();
@@ -146,7 +138,6 @@ void PageLoop::submitBlock(std::uint32_t firstLine) {
   block_->setFirstLine(firstLine);
   sendBlock(block_->bytes());
   copies_->keep(block_->bytes());
-  block_->reset();
 }
 
 }  // namespace kesto

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "filter/copycache.h"
 #include "filter/imagethread.h"
@@ -52,7 +51,6 @@ class PageLoop {
   bool jobSheet_;
   PixelFormat format_;
   PageGeometry geometry_;
-  std::vector<std::uint8_t> whiteLine_, lineBuffer_;
   std::optional<LineBlock> block_;
   ImageThread imageThread_;
   std::optional<CopyCache> copies_;

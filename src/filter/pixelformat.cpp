@@ -30,6 +30,10 @@ const RasterFormat* findRasterFormat(unsigned colorSpace, unsigned bitsPerPixel)
   return found == RASTER_FORMATS.end() ? nullptr : &*found;
 }
 
+bool isStoredAs(const RasterFormat& from, PixelFormat to) {
+  return from.bitsPerPixel == 8 * bytesPerPixel(to) && !from.inverted;
+}
+
 void convertPixels(const RasterFormat& from, std::span<const std::uint8_t> source, PixelFormat to,
                    std::span<std::uint8_t> line) {
   const std::size_t sourceBytes = from.bitsPerPixel / 8;

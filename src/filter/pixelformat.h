@@ -29,6 +29,9 @@ struct RasterFormat {
 /// The format of a raster with this colour space and pixel size, or null when the job cannot print such pixels.
 [[nodiscard]] const RasterFormat* findRasterFormat(unsigned colorSpace, unsigned bitsPerPixel);
 
+/// True when pixels of `from` are the job's own, byte for byte.
+[[nodiscard]] bool isStoredAs(const RasterFormat& from, PixelFormat to);
+
 /// Turns raster pixels into the job's. `source` holds whole pixels of `from`; as many of them as fit `line` are
 /// converted to `to`, and the rest of `line` becomes white.
 void convertPixels(const RasterFormat& from, std::span<const std::uint8_t> source, PixelFormat to,

@@ -1,6 +1,7 @@
 #include "filter/rasterstream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include <unistd.h>
@@ -20,6 +21,9 @@ using Clock = std::chrono::steady_clock;
 /// last strip still begins at a signed 16-bit Point.
 constexpr unsigned MAX_WIDTH = 65520;
 constexpr unsigned MAX_HEIGHT = 32768;
+
+/// How much of the input is read at a time. Many lines for one system call, and no more than a processor's cache holds.
+constexpr std::size_t INPUT_BYTES = std::size_t{256} * 1024;
 
 /// A renderer that has ended can leave a process of its own that keeps the pipe open without writing.
 constexpr milliseconds ORPHAN_SILENCE{300};
@@ -63,8 +67,9 @@ std::string findFault(const cups_page_header2_t& header) {
 
 }  // namespace
 
-RasterStream::RasterStream(const Renderer& renderer)
-    : renderer_(renderer), raster_(cupsRasterOpenIO(readInput, this, CUPS_RASTER_READ)) {}
+RasterStream::RasterStream(const Renderer& renderer) : renderer_(renderer), input_(INPUT_BYTES) {
+  raster_ = cupsRasterOpenIO(readInput, this, CUPS_RASTER_READ);  // it reads the stream's first word at once
+}
 
 void RasterStream::close() {
   if (raster_ != nullptr) cupsRasterClose(raster_);
@@ -96,9 +101,9 @@ bool RasterStream::readHeader() {
   return true;
 }
 
-bool RasterStream::readRasterLine() {
+bool RasterStream::readRasterLine(std::uint8_t* line) {
   if (linesLeft_ == 0 || ended_) return false;
-  const unsigned got = cupsRasterReadPixels(raster_, rasterLine_.data(), header_.cupsBytesPerLine);
+  const unsigned got = cupsRasterReadPixels(raster_, line, header_.cupsBytesPerLine);
   if (got == header_.cupsBytesPerLine) {
     --linesLeft_;
     return true;
@@ -109,25 +114,41 @@ bool RasterStream::readRasterLine() {
 }
 
 void RasterStream::readLine(PixelFormat format, std::span<std::uint8_t> line) {
-  if (readRasterLine()) {
+  // Pixels that need no conversion go where they belong at once, if the line has room for them all.
+  std::size_t pixelBytes = 0;
+  if (isStoredAs(*format_, format) && header_.cupsBytesPerLine <= line.size()) {
+    if (readRasterLine(line.data())) pixelBytes = header_.cupsBytesPerLine;
+  } else if (readRasterLine(rasterLine_.data())) {
     convertPixels(*format_, rasterLine_, format, line);
-  } else {
-    std::ranges::fill(line, std::uint8_t{0xFF});
+    return;
   }
+  std::ranges::fill(line.subspan(pixelBytes), std::uint8_t{0xFF});
 }
 
 void RasterStream::dropRestOfPage() {
-  while (readRasterLine()) {
+  while (readRasterLine(rasterLine_.data())) {
   }
 }
 
 ssize_t RasterStream::readInput(void* self, unsigned char* bytes, std::size_t count) {
   auto* stream = static_cast<RasterStream*>(self);
   if (stream->nothingMoreComes(milliseconds{0})) return 0;
-  const ssize_t got = readWhenReady(STDIN_FILENO, bytes, count,
-                                    [stream](milliseconds silence) { return stream->nothingMoreComes(silence); });
-  if (got <= 0) stream->ended_ = true;
-  if (got > 0) stream->headerBytes_ += static_cast<std::size_t>(got);
+  if (stream->unread_.empty()) {
+    const ssize_t got = stream->fillInput();
+    if (got <= 0) return got;
+  }
+  const auto taken = stream->unread_.first(std::min(count, stream->unread_.size()));
+  std::memcpy(bytes, taken.data(), taken.size());
+  stream->unread_ = stream->unread_.subspan(taken.size());
+  stream->headerBytes_ += taken.size();
+  return static_cast<ssize_t>(taken.size());
+}
+
+ssize_t RasterStream::fillInput() {
+  const ssize_t got = readWhenReady(STDIN_FILENO, input_.data(), input_.size(),
+                                    [this](milliseconds silence) { return nothingMoreComes(silence); });
+  if (got <= 0) ended_ = true;
+  if (got > 0) unread_ = std::span(input_).first(static_cast<std::size_t>(got));
   return got;
 }
 

@@ -50,12 +50,15 @@ class RasterStream {
 
  private:
   static ssize_t readInput(void* self, unsigned char* bytes, std::size_t count);
+  [[nodiscard]] ssize_t fillInput();
   [[nodiscard]] bool nothingMoreComes(std::chrono::milliseconds silence);
-  [[nodiscard]] bool readRasterLine();
+  [[nodiscard]] bool readRasterLine(std::uint8_t* line);
 
   const Renderer& renderer_;
   cups_raster_t* raster_ = nullptr;
   cups_page_header2_t header_ = {};
+  std::vector<std::uint8_t> input_;       ///< where reads of standard input go
+  std::span<const std::uint8_t> unread_;  ///< bytes of `input_` that the library has not taken yet
   std::vector<std::uint8_t> rasterLine_;  ///< one line as the raster delivers it
   const RasterFormat* format_ = nullptr;  ///< how the current page's pixels are stored
   std::uint32_t linesLeft_ = 0;

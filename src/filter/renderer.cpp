@@ -25,6 +25,9 @@ using std::chrono::milliseconds;
 constexpr milliseconds FINISH_TIME{2000};
 constexpr milliseconds TERMINATE_TIME{200};
 
+/// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
+constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
+
 /// The descriptors of the spooler's back and side channel, which are the filter's alone.
 constexpr int BACK_CHANNEL = 3;
 constexpr int SIDE_CHANNEL = 4;
@@ -64,6 +67,8 @@ void Renderer::start(char* const arguments[]) {
   Pipe raster;
   Pipe execError;
   int error = raster.open();
+  // Best effort: with a large pipe the renderer goes on while the job thread has its hands full.
+  if (error == 0) std::ignore = fcntl(raster.readEnd.get(), F_SETPIPE_SZ, RASTER_PIPE_BYTES);
   if (error == 0) error = execError.open();
   if (error != 0) failJob("ERROR: Unable to create pipe!", error);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -91,10 +92,10 @@ bool cbufferWriteBytes(cbuffer* buffer, const std::uint8_t* bytes, std::uint32_t
   if (source.empty()) return true;
   const auto index = buffer->writeIndex.load(std::memory_order_relaxed);
   const auto [beforeEnd, next] = splitAtEnd(view.storage.size(), index, source.size());
-  std::ranges::copy(source.first(beforeEnd), view.storage.begin() + index);
+  std::memcpy(&view.storage[index], source.data(), beforeEnd);
   if (beforeEnd < source.size()) {
     buffer->writeIndex.store(0, std::memory_order_release);
-    std::ranges::copy(source.subspan(beforeEnd), view.storage.begin());
+    std::memcpy(view.storage.data(), &source[beforeEnd], source.size() - beforeEnd);
   }
   buffer->writeIndex.store(next, std::memory_order_release);
   return true;
@@ -107,10 +108,10 @@ bool cbufferReadBytes(cbuffer* buffer, std::uint8_t* bytes, std::uint32_t count)
   if (destination.empty()) return true;
   const auto index = buffer->readIndex.load(std::memory_order_relaxed);
   const auto [beforeEnd, next] = splitAtEnd(view.storage.size(), index, destination.size());
-  std::ranges::copy(view.storage.subspan(index, beforeEnd), destination.begin());
+  std::memcpy(destination.data(), &view.storage[index], beforeEnd);
   if (beforeEnd < destination.size()) {
     buffer->readIndex.store(0, std::memory_order_release);
-    std::ranges::copy(view.storage.first(destination.size() - beforeEnd), destination.begin() + beforeEnd);
+    std::memcpy(&destination[beforeEnd], view.storage.data(), destination.size() - beforeEnd);
   }
   buffer->readIndex.store(next, std::memory_order_release);
   return true;
