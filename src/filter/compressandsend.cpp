@@ -4,9 +4,9 @@
 #include <span>
 
 #include "codec/downsample.h"
-#include "codec/tbrle.h"
 #include "filter/lineblock.h"
 #include "filter/pagepipeline.h"
+#include "filter/uniform.h"
 #include "hdc/hdc.h"
 #include "jobsettings/jobsettings.h"
 #include "pclxl/pclxl.h"
@@ -62,8 +62,16 @@ struct BandImage {
   const std::uint8_t* imageRows;
 };
 
-/// Compresses the band behind the data of the bands before it.
-void compressBand(WicketSettings* settings, WicketCoder* coder, const BandImage& band) {
+bool isWhite(const BandImage& band) {
+  const auto all = [&](const std::uint8_t* plane, std::uint8_t value) {
+    return isUniform({plane, band.pixelCount}, value);
+  };
+  if (jobsetting->isColor == 0) return all(band.imageRows, WHITE_Y);
+  return all(band.y, WHITE_Y) && all(band.cb, WHITE_CHROMA) && all(band.cr, WHITE_CHROMA);
+}
+
+/// Compresses the band to a stream, which stays until the next call.
+std::span<const std::uint8_t> compressBand(WicketSettings* settings, WicketCoder* coder, const BandImage& band) {
   gCacheBands.blockMap.assign(band.width / 8, BLOCK_MAP_VALUE);
   gCacheBands.bandStream.resize(std::size_t{BAND_CAPACITY} * band.pixelCount);
   const auto blocks = static_cast<std::int32_t>(band.width / 8);
@@ -79,7 +87,21 @@ void compressBand(WicketSettings* settings, WicketCoder* coder, const BandImage&
     setSampleType(SAMPLE_TYPE_444, settings);
     wicketCompressMonoPlane(blocks, map, width, pixels, band.imageRows, capacity, out, &length, settings, coder);
   }
-  gCacheBands.wicketData.insert(gCacheBands.wicketData.end(), out, out + length);
+  return std::span(gCacheBands.bandStream).first(static_cast<std::size_t>(length));
+}
+
+/// The stream of a band, which stays until the next call.
+std::span<const std::uint8_t> streamOf(WicketSettings* settings, WicketCoder* coder, const BandImage& band) {
+  const WhiteBands::Place place = {band.width, jobsetting->isColor != 0, gCacheBandIndex};
+  const bool white = isWhite(band);
+  if (white) {
+    const auto remembered = gCacheBands.whiteBands.find(place);
+    if (!remembered.empty()) return remembered;
+  }
+  prepareCoder(settings, coder, gCacheBandIndex, band.width);
+  const auto stream = compressBand(settings, coder, band);
+  if (white) gCacheBands.whiteBands.remember(place, stream);
+  return stream;
 }
 
 void writeImageStart(const BandCacheEntry& first, std::uint16_t height) {
@@ -116,11 +138,7 @@ void sendStrip(std::uint32_t bandCount) {
   writeImageStart(gCacheBands.entries[0], height);
   writeImageData(height, xl::eWicketCompression, gCacheBands.wicketData);
 
-  const auto tagCount = static_cast<std::uint32_t>(gCacheBands.tags.size());
-  gCacheBands.tagStream.resize(std::size_t{2} * tagCount);
-  const std::uint32_t length =
-      tbrle_encode(2 * tagCount, gCacheBands.tagStream.data(), tagCount, gCacheBands.tags.data());
-  writeImageData(height, xl::eTbrleCompression, std::span(gCacheBands.tagStream).first(length));
+  writeImageData(height, xl::eTbrleCompression, gCacheBands.tags.encode());
   outputOperator(hdcWrite, xl::op::EndImage);
 
   gCacheBands.clear();
@@ -133,14 +151,13 @@ void compress_and_send(WicketSettings* settings, WicketCoder* coder, std::uint32
                        std::uint32_t pixelCount, const std::uint8_t* y, const std::uint8_t* cb, const std::uint8_t* cr,
                        const std::uint8_t* imageRows, const std::uint8_t* tagRows, std::uint8_t lastBand) {
   const std::uint32_t index = gCacheBandIndex;
-  prepareCoder(settings, coder, index, width);
-  compressBand(settings, coder, {width, pixelCount, y, cb, cr, imageRows});
-
-  gCacheBands.tags.insert(gCacheBands.tags.end(), tagRows, tagRows + pixelCount);
+  const auto stream = streamOf(settings, coder, {width, pixelCount, y, cb, cr, imageRows});
+  gCacheBands.wicketData.insert(gCacheBands.wicketData.end(), stream.begin(), stream.end());
+  gCacheBands.tags.append({tagRows, pixelCount});
   gCacheBands.entries[index] = {.firstLine = firstLine,
                                 .width = width,
                                 .wicketEnd = static_cast<std::uint32_t>(gCacheBands.wicketData.size()),
-                                .tagEnd = static_cast<std::uint32_t>(gCacheBands.tags.size())};
+                                .tagEnd = gCacheBands.tags.size()};
   if (index == BANDS_PER_STRIP - 1 || lastBand != 0) {
     sendStrip(index + 1);
   } else {

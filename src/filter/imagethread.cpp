@@ -19,10 +19,6 @@
 namespace kesto {
 namespace {
 
-/// Values of a white pixel in the three planes.
-constexpr std::uint8_t WHITE_Y = 0xFF;
-constexpr std::uint8_t WHITE_CHROMA = 0x80;
-
 /// The image thread's records and buffers, reused for every block.
 class BlockProcessor {
  public:
@@ -70,12 +66,15 @@ class BlockProcessor {
   }
 
   void convertToPlanes(std::uint32_t width, std::uint32_t pixelCount) {
-    y_.assign(pixelCount, WHITE_Y);
-    cb_.assign(pixelCount, WHITE_CHROMA);
-    cr_.assign(pixelCount, WHITE_CHROMA);
-    rgbtoYCbCr(static_cast<std::int32_t>(header_.bytesPerLine), static_cast<std::int32_t>(header_.imageSize),
-               image_.data(), static_cast<std::int32_t>(width), static_cast<std::int32_t>(pixelCount), y_.data(),
-               cb_.data(), cr_.data(), 1);
+    if (!planesAreWhite_ || y_.size() != pixelCount) {
+      y_.assign(pixelCount, WHITE_Y);
+      cb_.assign(pixelCount, WHITE_CHROMA);
+      cr_.assign(pixelCount, WHITE_CHROMA);
+    }
+    const std::int32_t status = rgbtoYCbCr(
+        static_cast<std::int32_t>(header_.bytesPerLine), static_cast<std::int32_t>(header_.imageSize), image_.data(),
+        static_cast<std::int32_t>(width), static_cast<std::int32_t>(pixelCount), y_.data(), cb_.data(), cr_.data(), 1);
+    planesAreWhite_ = status != COLOR_BAND_PRINTED;
   }
 
   bool isLastBand(std::uint32_t width, std::uint32_t pixelCount) {
@@ -91,6 +90,7 @@ class BlockProcessor {
   std::unique_ptr<WicketCoder> coder_;
   LineBlockHeader header_;
   std::vector<std::uint8_t> image_, tags_, y_, cb_, cr_;
+  bool planesAreWhite_ = false;    ///< what the band before has left them
   std::uint64_t pagePixels_ = 0;   ///< of the job's every page, from its first block
   std::uint64_t pixelsTaken_ = 0;  ///< of the current page
 };

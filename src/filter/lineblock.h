@@ -37,6 +37,10 @@ static_assert(sizeof(LineBlockHeader) == LINE_BLOCK_HEADER_SIZE, "the header's w
 /// The tag of every pixel: the renderer delivers pixels, not objects, so that no page has any other.
 inline constexpr std::uint8_t PAGE_TAG = 3;
 
+/// Values of a white pixel: of its luma, which is also a grey row's, and of its two colour differences.
+inline constexpr std::uint8_t WHITE_Y = 0xFF;
+inline constexpr std::uint8_t WHITE_CHROMA = 0x80;
+
 /// A line block under construction.
 class LineBlock {
  public:

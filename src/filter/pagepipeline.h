@@ -10,6 +10,8 @@
 
 #include "codec/huffman.h"
 #include "codec/wicket.h"
+#include "filter/tagplane.h"
+#include "filter/whitebands.h"
 
 namespace kesto {
 
@@ -27,10 +29,10 @@ struct BandCacheEntry {
 struct BandCache {
   BandCacheEntry entries[BANDS_PER_STRIP] = {};
   std::vector<std::uint8_t> wicketData;  ///< the bands' streams, end to end
-  std::vector<std::uint8_t> tags;        ///< the bands' tag rows, end to end
+  TagPlane tags;                         ///< the bands' tag rows, end to end
   std::vector<std::uint8_t> blockMap;    ///< work space of one band
   std::vector<std::uint8_t> bandStream;  ///< work space of one band
-  std::vector<std::uint8_t> tagStream;   ///< work space of one strip
+  WhiteBands whiteBands;                 ///< outlive their strip
 
   /// Forgets the gathered bands.
   void clear();
