@@ -104,7 +104,7 @@ TEST(Pages, OfGreyLabelledAsSomethingElseAreWidenedToColour) {
 }
 
 TEST(Pages, ThatEndEarlyAreFilledUpWhite) {
-  const Outcome outcome = runFilter({.document = "page width=64 height=640 pattern=grey seed=0 lines=100"});
+  const Outcome outcome = runFilter({.document = "page width=64 height=640 pattern=grey seed=0 lines=100 part=90"});
   EXPECT_EQ(outcome.status, 0);
   const auto errors = outcome.linesWith("ERROR:");
   ASSERT_EQ(errors.size(), 1u) << outcome.log;
@@ -113,6 +113,7 @@ TEST(Pages, ThatEndEarlyAreFilledUpWhite) {
   const Bytes luma = decodeLuma(job.pages.at(0), true);
   ASSERT_EQ(luma.size(), 64u * 640);
   EXPECT_LE(luma[64 * 95], 2);
+  EXPECT_GE(luma[64 * 100], 250) << "a line that did not arrive whole is white";
   EXPECT_GE(luma[64 * 110], 253);
   EXPECT_GE(luma[64 * 639], 253);
 }

@@ -52,6 +52,9 @@ TEST(PixelFormat, BringsEveryRasterFormatIntoTheJobsForm) {
   EXPECT_EQ(convert(CUPS_CSPACE_SW, 8, {0, 9}, PixelFormat::RGB, 9), (Bytes{0, 0, 0, 9, 9, 9, 255, 255, 255}));
   EXPECT_EQ(convert(CUPS_CSPACE_K, 8, {0, 255, 3}, PixelFormat::GREY, 3), (Bytes{255, 0, 252}));
   EXPECT_EQ(convert(CUPS_CSPACE_CMY, 24, {255, 0, 0}, PixelFormat::RGB, 6), (Bytes{0, 255, 255, 255, 255, 255}));
+  EXPECT_FALSE(isStoredAs(*findRasterFormat(CUPS_CSPACE_CMY, 24), PixelFormat::RGB));
+  EXPECT_FALSE(isStoredAs(*findRasterFormat(CUPS_CSPACE_SW, 8), PixelFormat::RGB));
+  EXPECT_TRUE(isStoredAs(*findRasterFormat(CUPS_CSPACE_SRGB, 24), PixelFormat::RGB));
   EXPECT_EQ(findRasterFormat(CUPS_CSPACE_CMYK, 24), nullptr);
   EXPECT_EQ(findRasterFormat(CUPS_CSPACE_RGB, 48), nullptr);
 }

@@ -1,12 +1,14 @@
 // A stand-in for the spooler's renderer: the "document" it is given is a recipe of what to deliver and how to behave.
 //
 //   page width=64 height=16 bits=24 pattern=noise seed=1 ...   a raster page (see support/raster.cpp for the keys);
-//                                                              lines=N sends only so many of its lines
+//                                                              lines=N sends only so many of its lines, and
+//                                                              part=N as many bytes of the one that follows
 //   sleep ms=100 | hang | crash | exit status=3 | close        pauses and ends
 //   bytewise                                                   from here on one byte at a time
 //   chatter lines=1000                                         lines on standard error
 //   orphan                                                     leaves a process behind that keeps the pipe open
 //   arguments                                                  tells its arguments and descriptors on standard error
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -51,6 +53,8 @@ void sendPage(const Step& page) {
     const auto bytes = kesto::test::lineOf(page, header, line);
     send(bytes.data(), bytes.size());
   }
+  const auto cut = kesto::test::lineOf(page, header, lines);
+  send(cut.data(), std::min<std::size_t>(cut.size(), page.number("part", 0)));
 }
 
 void leaveOrphan() {
