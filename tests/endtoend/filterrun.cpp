@@ -65,4 +65,12 @@ Job printJob(const FilterCall& call) {
   return parseJob(outcome.output);
 }
 
+Bytes withoutDate(const Bytes& job) {
+  std::string text(job.begin(), job.end());
+  const std::size_t date = text.find("FDATETIME=");
+  if (date == std::string::npos) return job;
+  text.erase(date, text.find('\n', date) - date);
+  return {text.begin(), text.end()};
+}
+
 }  // namespace kesto::test

@@ -32,6 +32,9 @@ struct FilterCall {
 /// Runs the filter, expects exit status 0 and no "ERROR:" line, and takes the job apart.
 [[nodiscard]] Job printJob(const FilterCall& call);
 
+/// The bytes of a job without its date, which changes from run to run.
+[[nodiscard]] Bytes withoutDate(const Bytes& job);
+
 /// The child processes that carry `marker` in their environment, beside the caller's own.
 [[nodiscard]] int processesWith(const std::string& marker);
 

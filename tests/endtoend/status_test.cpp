@@ -18,15 +18,6 @@ using namespace std::chrono_literals;
 constexpr char SLOW_DOCUMENT[] =
     "page width=64 height=16 pattern=noise\nsleep ms=3000\npage width=64 height=16 pattern=noise seed=7\n";
 
-/// The job of a call without its date, which changes from run to run.
-Bytes withoutDate(const Bytes& job) {
-  std::string text(job.begin(), job.end());
-  const std::size_t date = text.find("FDATETIME=");
-  EXPECT_NE(date, std::string::npos);
-  text.erase(date, text.find('\n', date) - date);
-  return {text.begin(), text.end()};
-}
-
 TEST(NetworkStatus, AnAlertRaisedDuringTheJobIsReportedUntilItIsCleared) {
   PrinterProcess printer("127.0.0.11", {"--warning", "Toner low"});
   TemporaryFolder folder;

@@ -1,0 +1,249 @@
+// Every call of the filter that can fail, fails: one run of a job for each call, in which that call and no other is
+// made to fail by the preloaded failingcalls.cpp.
+//
+// A run must end in time, by itself, with nothing left behind; and either its output is that of the run without a fault
+// or its exit status is not 0 and one "ERROR:" line names the step that failed. Without KESTO_FAULTS=all in the
+// environment a long row of calls is only sampled.
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include "endtoend/filterrun.h"
+#include "kestoprinter/answers.h"
+#include "support/udpresponder.h"
+
+namespace kesto::test {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds TIME_LIMIT{5000};
+constexpr std::uint16_t STATUS_PORT = 9300;
+
+struct JobKind {
+  const char* name;
+  FilterCall call;
+  const char* warning = "";  ///< what the printer tells, so that its answers are read and understood as well
+};
+
+constexpr char PAGES[] = "arguments\npage pattern=noise\npage height=24 pattern=text\n";
+
+/// With a pause, so that the printer's answer comes while the job runs.
+constexpr char SLOW_PAGES[] = "page pattern=noise\nsleep ms=60\npage pattern=text\n";
+
+const std::vector<JobKind>& jobKinds() {
+  static const std::vector<JobKind> KINDS = {
+      {"Colour", {.document = PAGES, .options = "TonerSave=On ColorOutput=Mono", .onStandardInput = true}},
+      {"Grey",
+       {.document = "page bits=8 width=50 pattern=gradient\n", .options = "media=Custom.100x200mm", .copies = "2"}},
+      {"DuplexCopies",
+       {.document = "page duplex=1 pattern=noise\npage duplex=1 pattern=text\npage duplex=1 height=16\n",
+        .options = "sides=two-sided-long-edge improve=wrinkleFix",
+        .copies = "2"}},
+      {"Usb", {.document = SLOW_PAGES, .deviceUri = "usb://Kesto/Page"}, "Cover open"},
+      {"Network", {.document = SLOW_PAGES, .deviceUri = "socket://"}, "Paper jam"},
+  };
+  return KINDS;
+}
+
+/// How the calls of a family fail, and the beginnings of the messages that may come of it.
+struct Fault {
+  const char* name;
+  const char* family;
+  int error;  ///< 0: a transfer of one byte
+  const char* message;
+  bool lasting = false;       ///< all later calls of the family fail as well
+  int statusWithMessage = 1;  ///< 0 where a job without pages is a job that has run to its end
+};
+
+/// A message that never comes: the output has to be right in spite of the fault.
+constexpr char SURVIVED[] = "(?!)";
+
+constexpr char NO_MEMORY[] = "Unable to allocate memory|Unable to (ran|start)|Unable to copy PDF file";
+constexpr char NO_FILE[] = "Unable to copy PDF file|Unable to read the options";
+constexpr char NO_READ[] = "Unable to copy PDF file|Unable to read the (options|pages)";
+constexpr char NO_WRITE[] = "Unable to copy PDF file|Unable to write the print data";
+
+const std::vector<Fault>& faults() {
+  static const std::vector<Fault> FAULTS = {
+      {"NoMemoryOnce", "malloc", ENOMEM, NO_MEMORY},
+      {"NoMemoryAnyMore", "malloc", ENOMEM, NO_MEMORY, true},
+      {"OpenTooMany", "open", EMFILE, NO_FILE},
+      {"OpenDamaged", "open", EIO, NO_FILE},
+      {"ReadDamaged", "read", EIO, NO_READ},
+      {"ReadInterrupted", "read", EINTR, SURVIVED},
+      {"ReadNothingYet", "read", EAGAIN, SURVIVED},
+      {"ReadShort", "read", 0, SURVIVED},
+      {"WriteDamaged", "write", EIO, NO_WRITE},
+      {"WriteFull", "write", ENOSPC, NO_WRITE},
+      {"WriteInterrupted", "write", EINTR, SURVIVED},
+      {"WriteNothingYet", "write", EAGAIN, SURVIVED},
+      {"WriteShort", "write", 0, SURVIVED},
+      {"Pipe", "pipe", EMFILE, "Unable to create pipe"},
+      {"Dup", "dup", EMFILE, "Unable to create pipe|Unable to exec pdftoraster", false, 0},
+      {"ForkTooMany", "fork", EAGAIN, "Unable to fork pdftoraster"},
+      {"ForkNoMemory", "fork", ENOMEM, "Unable to fork pdftoraster"},
+      {"ExecNoMemory", "exec", ENOMEM, "Unable to exec pdftoraster", false, 0},
+      {"ExecDamaged", "exec", EIO, "Unable to exec pdftoraster", false, 0},
+      {"Thread", "thread", EAGAIN, "Unable to (ran|start)"},
+      {"PollNoMemory", "poll", ENOMEM, "Unable to copy PDF file|Unable to read the pages"},
+      {"PollInterrupted", "poll", EINTR, SURVIVED},
+      {"WaitInterrupted", "wait", EINTR, SURVIVED},
+      {"UnlinkOnce", "unlink", EIO, SURVIVED},
+      {"SocketTooMany", "socket", EMFILE, SURVIVED},
+      {"ConnectRefused", "connect", ECONNREFUSED, SURVIVED},
+      {"SendRefused", "send", ECONNREFUSED, SURVIVED},
+      {"SendInterrupted", "send", EINTR, SURVIVED},
+      {"SendShort", "send", 0, SURVIVED},
+      {"ReceiveRefused", "recv", ECONNREFUSED, SURVIVED},
+      {"ReceiveNothingYet", "recv", EAGAIN, SURVIVED},
+      {"ReceiveShort", "recv", 0, SURVIVED},
+  };
+  return FAULTS;
+}
+
+struct CallCount {
+  std::uint32_t calls = 0;
+  std::uint32_t failed = 0;
+};
+
+CallCount readCount(const std::string& file) {
+  CallCount count;
+  std::ifstream stream(file, std::ios::binary);
+  stream.read(reinterpret_cast<char*>(&count.calls), sizeof count.calls);
+  stream.read(reinterpret_cast<char*>(&count.failed), sizeof count.failed);
+  return count;
+}
+
+printer::Bytes alertOf(const std::string& text) {
+  printer::Alert alert;
+  alert.entries.push_back({1, text});
+  return printer::alertResponse(printer::MASK_ERRORS, printer::alertBlock(std::vector<printer::Alert>{alert}));
+}
+
+/// Processes that the filter has left behind come to this one, which has no others.
+bool leftProcesses() {
+  bool left = false;
+  while (waitpid(-1, nullptr, 0) > 0) left = true;
+  return left;
+}
+
+class EveryCall : public testing::TestWithParam<std::tuple<std::size_t, std::size_t>> {
+ protected:
+  EveryCall() : kind_(jobKinds().at(std::get<0>(GetParam()))), fault_(faults().at(std::get<1>(GetParam()))) {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    if (kind_.call.deviceUri == "socket://") startPrinter();
+  }
+
+  void startPrinter() {
+    const auto index = std::get<1>(GetParam());
+    const std::string address = "127.0.9." + std::to_string(index + 1);
+    kind_.call.deviceUri += address;
+    printer_.emplace(address, STATUS_PORT,
+                     std::vector<std::vector<Bytes>>{{},
+                                                     {printer::answerDatagram({}),
+                                                      printer::answerDatagram({alertOf(kind_.warning)})}});
+  }
+
+  Outcome runWith(std::uint32_t number, CallCount& count) {
+    const TemporaryFolder folder;
+    Command command = filterCommand(kind_.call, folder);
+    command.backChannel = kind_.call.deviceUri.starts_with("usb:");
+    command.timeout = 2 * TIME_LIMIT;
+    const std::string report = folder.write("count", std::string(sizeof(CallCount), '\0'));
+    command.environment.emplace_back("LD_PRELOAD", KESTO_FAILING_CALLS);
+    command.environment.emplace_back("KESTO_FAULT_REPORT", report);
+    command.environment.emplace_back("KESTO_FAULT", std::string(fault_.family) + " " + std::to_string(number) + " " +
+                                                        std::to_string(fault_.error) + (fault_.lasting ? " on" : ""));
+    Process filter(command);
+    if (command.backChannel) filter.writeBackChannel(alertOf(kind_.warning));
+    const Outcome outcome = filter.finish();
+    count = readCount(report);
+    EXPECT_FALSE(outcome.timedOut);
+    EXPECT_LT(outcome.duration, TIME_LIMIT);
+    EXPECT_EQ(outcome.signal, 0);
+    EXPECT_FALSE(leftProcesses());
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
+    EXPECT_EQ(outcome.log.find("open descriptor"), std::string::npos);
+    return outcome;
+  }
+
+  void judge(const Outcome& reference, const Outcome& outcome) const {
+    const auto errors = outcome.linesWith("ERROR:");
+    if (errors.empty()) {
+      EXPECT_EQ(outcome.status, 0);
+      EXPECT_EQ(withoutDate(outcome.output), withoutDate(reference.output));
+      const bool logCanBeLost = fault_.family == std::string("write") && fault_.message != SURVIVED;
+      if (!logCanBeLost) {
+        EXPECT_EQ(outcome.linesWith("PAGE:"), reference.linesWith("PAGE:"));
+      }
+      return;
+    }
+    EXPECT_EQ(errors.size(), 1u);
+    const std::regex expected("ERROR: (" + std::string(fault_.message) + ").*");
+    EXPECT_TRUE(std::regex_match(errors[0], expected)) << errors[0];
+    EXPECT_GE(outcome.status, fault_.statusWithMessage);
+    if (outcome.status == 0) {
+      EXPECT_EQ(faultOf(outcome.output), "");
+      EXPECT_EQ(outcome.linesWith("PAGE:").size(), 0u);
+    }
+  }
+
+  JobKind kind_;
+  Fault fault_;
+  std::optional<UdpResponder> printer_;
+};
+
+TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
+  constexpr std::uint32_t SAMPLES = 24;
+  const char* extent = std::getenv("KESTO_FAULTS");
+  const bool all = extent != nullptr && std::string(extent) == "all";
+
+  CallCount count;
+  const Outcome reference = runWith(0, count);
+  ASSERT_EQ(reference.status, 0) << reference.log;
+  ASSERT_EQ(reference.linesWith("ERROR:").size(), 0u) << reference.log;
+  ASSERT_EQ(count.failed, 0u);
+  if (*kind_.warning != '\0') {
+    EXPECT_NE(reference.log.find(kind_.warning), std::string::npos) << reference.log;
+  }
+
+  const std::uint32_t step = all ? 1 : std::max(count.calls / SAMPLES, 1u);
+  const std::uint32_t expected = count.calls;
+  std::uint32_t runs = 0;
+  milliseconds slowest{0};
+  for (std::uint32_t number = 1;; number += step) {
+    SCOPED_TRACE(std::string(fault_.family) + " " + std::to_string(number) + " of " + std::to_string(expected));
+    const Outcome outcome = runWith(number, count);
+    judge(reference, outcome);
+    if (HasFailure()) std::fprintf(stderr, "%s", outcome.log.c_str());
+    if (HasFatalFailure() || count.failed == 0) break;
+    ++runs;
+    slowest = std::max(slowest, outcome.duration);
+  }
+  std::printf("faults %s %s: %u calls, %u runs, slowest %lld ms\n", kind_.name, fault_.name, expected, runs,
+              static_cast<long long>(slowest.count()));
+}
+
+std::string nameOf(const testing::TestParamInfo<std::tuple<std::size_t, std::size_t>>& info) {
+  return std::string(jobKinds().at(std::get<0>(info.param)).name) + faults().at(std::get<1>(info.param)).name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Jobs, EveryCall,
+                         testing::Combine(testing::Range(std::size_t{0}, jobKinds().size()),
+                                          testing::Range(std::size_t{0}, faults().size())),
+                         nameOf);
+
+}  // namespace
+}  // namespace kesto::test
