@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <poll.h>
 
+#include "hdc/poll.h"
+
 namespace kesto {
 namespace {
 
@@ -39,8 +41,11 @@ ssize_t readWhenReady(int descriptor, std::uint8_t* bytes, std::size_t count,
 
 int writeFully(int descriptor, const std::uint8_t* bytes, std::size_t count) {
   while (count > 0) {
-    const ssize_t written = ::write(descriptor, bytes, count);
-    if (written < 0 && errno == EINTR) continue;
+    ssize_t written = -1;
+    pollUntil([&] {
+      written = ::write(descriptor, bytes, count);
+      return written >= 0 || (errno != EAGAIN && errno != EINTR);
+    });
     if (written < 0) return errno;
     bytes += written;
     count -= static_cast<std::size_t>(written);

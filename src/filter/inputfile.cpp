@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 #include <cups/cups.h>
@@ -11,12 +12,16 @@
 #include "filter/descriptor.h"
 #include "filter/joberror.h"
 #include "filter/jobstate.h"
+#include "hdc/poll.h"
 #include "hdc/report.h"
 
 namespace kesto {
 namespace {
 
 constexpr std::size_t COPY_SIZE = 8192;
+/// How long the removal of the copy is tried: it is somebody's document.
+constexpr std::chrono::milliseconds REMOVAL_TIME{100};
+
 constexpr char COPY_FAILED[] = "ERROR: Unable to copy PDF file!";
 
 /// Copies standard input to `copy` until its end or SIGTERM. Returns 0 or the error number.
@@ -35,12 +40,13 @@ int copyStandardInput(int copy) {
 }  // namespace
 
 InputFile InputFile::copyOfStandardInput() {
-  std::array<char, 1024> name = {};
-  Descriptor copy(cupsTempFd(name.data(), static_cast<int>(name.size())));
+  constexpr std::size_t LONGEST_NAME = 1024;
+  // The object has its memory before the file is there, so that nothing can come between the file and its removal.
+  InputFile file(std::string(LONGEST_NAME, '\0'));
+  Descriptor copy(cupsTempFd(file.name_.data(), static_cast<int>(LONGEST_NAME)));
   if (copy.get() < 0) failJob(COPY_FAILED, errno);
-
-  InputFile file(std::string(name.data()));
   file.temporary_ = true;
+  file.name_.resize(std::strlen(file.name_.c_str()));
   report("DEBUG: The document is copied to %s\n", file.name_.c_str());
   const int error = copyStandardInput(copy.get());
   if (error != 0) failJob(COPY_FAILED, error);
@@ -51,7 +57,9 @@ InputFile::InputFile(InputFile&& other) noexcept
     : name_(std::move(other.name_)), temporary_(std::exchange(other.temporary_, false)) {}
 
 InputFile::~InputFile() {
-  if (temporary_) unlink(name_.c_str());
+  if (!temporary_) return;
+  const auto removed = [this] { return unlink(name_.c_str()) == 0 || errno == ENOENT; };
+  if (!pollUntil(removed, REMOVAL_TIME)) reportErrno("WARNING: Unable to remove the copy of the document", errno);
 }
 
 }  // namespace kesto

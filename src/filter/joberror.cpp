@@ -8,6 +8,11 @@
 #include "hdc/report.h"
 
 namespace kesto {
+namespace {
+
+constexpr char NO_MEMORY[] = "ERROR: Unable to allocate memory!";
+
+}  // namespace
 
 void failJob(std::string message, int error) {
   throw JobError{std::move(message), error, true};
@@ -28,17 +33,22 @@ int endFailedJob(const JobError& failure) {
   return failure.error != 0 ? failure.error : EIO;
 }
 
+int endWithoutMemory() {
+  reportErrno(NO_MEMORY, ENOMEM);
+  return ENOMEM;
+}
+
 bool threadsFailed() {
   return hdcFailure() != 0 || imageThreadFailure.load(std::memory_order_acquire) != 0;
 }
 
 void checkThreads() {
   const int imageError = imageThreadFailure.load(std::memory_order_acquire);
-  if (imageError != 0) failJob("ERROR: Unable to allocate memory!", imageError);
+  if (imageError != 0) failJob(NO_MEMORY, imageError);
 
   const int outputError = hdcFailure();
   if (outputError == 0) return;
-  if (outputError == ENOMEM) failJob("ERROR: Unable to allocate memory!", outputError);
+  if (outputError == ENOMEM) failJob(NO_MEMORY, outputError);
   // A spooler that cancels a job ends the backend as well; the broken pipe that follows is no news to anybody.
   if (isTerminated.load(std::memory_order_acquire) != 0) failJobWithText({}, outputError);
   failJob("ERROR: Unable to write the print data", outputError);

@@ -27,6 +27,9 @@ struct JobError {
 /// Writes the message of a failed job and returns the exit status, which is never 0.
 int endFailedJob(const JobError& failure);
 
+/// The same for a job that found no memory, without needing any.
+int endWithoutMemory();
+
 /// Ends the job if the output channel or the image thread has failed.
 void checkThreads();
 

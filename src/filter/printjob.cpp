@@ -56,7 +56,10 @@ void installSignalHandlers() {
 void reserveDescriptors() {
   constexpr int SIDE_CHANNEL = 4;
   for (int descriptor = STDIN_FILENO; descriptor <= SIDE_CHANNEL; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) < 0) open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR);
+    if (fcntl(descriptor, F_GETFD) >= 0) continue;
+    if (open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR) < 0) {
+      failJob("ERROR: Unable to open /dev/null", errno);
+    }
   }
 }
 
@@ -93,6 +96,8 @@ class Settings {
  public:
   Settings(cups_page_header2_t* header, const char* options) : record_(std::make_unique<JobSetting>()) {
     initializeJobSetting(record_.get(), header, options);
+    const int error = optionSourceFailure();
+    if (error != 0) failJob("ERROR: Unable to read the options", error);
     jobsetting = record_.get();
   }
   Settings(const Settings&) = delete;
@@ -123,6 +128,11 @@ std::int32_t copiesToMake(const char* options) {
   const char* handling = ticketValue(options, "multiple-document-handling");
   const bool madeBySpooler = handling != nullptr && std::string_view(handling) == "separate-documents-collated-copies";
   return madeBySpooler || collatedFlag_Prototype != 0 ? 1 : uncollatedCopies_Prototype;
+}
+
+/// Ends the job when the renderer's pages could not be read. The end of the raster, however early, is another matter.
+void checkRaster(const RasterStream& raster) {
+  if (raster.error() != 0) failJob("ERROR: Unable to read the pages of the document", raster.error());
 }
 
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
@@ -167,6 +177,7 @@ int runJob(int argc, char* argv[]) {
 
   RasterStream raster(renderer);
   const bool pageFollows = renderer.started() && raster.readHeader();
+  checkRaster(raster);
   if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
   Settings settings(raster.header(), argv[OPTIONS]);
   PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
@@ -187,6 +198,7 @@ int runJob(int argc, char* argv[]) {
   output.finish();
   monitor.stop();
   loop.stopImageThread();
+  checkRaster(raster);
   reportIncomplete(renderer, raster, loop);
   report("END MAIN\n");
   report("IS terminated %d\n", isTerminated.load(std::memory_order_acquire));

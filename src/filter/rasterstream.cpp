@@ -1,6 +1,7 @@
 #include "filter/rasterstream.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -68,7 +69,15 @@ std::string findFault(const cups_page_header2_t& header) {
 }  // namespace
 
 RasterStream::RasterStream(const Renderer& renderer) : renderer_(renderer), input_(INPUT_BYTES) {
+  errno = 0;
   raster_ = cupsRasterOpenIO(readInput, this, CUPS_RASTER_READ);  // it reads the stream's first word at once
+  if (raster_ == nullptr) noteShortage();
+}
+
+/// After a call of the library that failed with errno cleared before: it has no other way to tell that memory was
+/// short.
+void RasterStream::noteShortage() {
+  if (errno == ENOMEM && error_ == 0) error_ = ENOMEM;
 }
 
 void RasterStream::close() {
@@ -82,8 +91,11 @@ bool RasterStream::readHeader() {
   if (raster_ == nullptr || ended_) return false;
   linesLeft_ = 0;
   headerBytes_ = 0;
+  errno = 0;
   if (cupsRasterReadHeader2(raster_, &next) == 0) {
-    if (headerBytes_ >= sizeof next) fault_ = "its page header is damaged";  // the library read it and refused it
+    noteShortage();
+    if (error_ == 0 && headerBytes_ >= sizeof next)
+      fault_ = "its page header is damaged";  // the library read it and refused it
     return false;
   }
   if (std::exchange(first_, false)) applyDefaults(next);
@@ -103,11 +115,13 @@ bool RasterStream::readHeader() {
 
 bool RasterStream::readRasterLine(std::uint8_t* line) {
   if (linesLeft_ == 0 || ended_) return false;
+  errno = 0;
   const unsigned got = cupsRasterReadPixels(raster_, line, header_.cupsBytesPerLine);
   if (got == header_.cupsBytesPerLine) {
     --linesLeft_;
     return true;
   }
+  noteShortage();
   ended_ = true;
   endedEarly_ = true;
   return false;
@@ -147,6 +161,7 @@ ssize_t RasterStream::readInput(void* self, unsigned char* bytes, std::size_t co
 ssize_t RasterStream::fillInput() {
   const ssize_t got = readWhenReady(STDIN_FILENO, input_.data(), input_.size(),
                                     [this](milliseconds silence) { return nothingMoreComes(silence); });
+  if (got < 0) error_ = errno;
   if (got <= 0) ended_ = true;
   if (got > 0) unread_ = std::span(input_).first(static_cast<std::size_t>(got));
   return got;

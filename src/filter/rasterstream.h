@@ -45,6 +45,9 @@ class RasterStream {
   /// True when a page ended before its last line.
   [[nodiscard]] bool endedEarly() const { return endedEarly_; }
 
+  /// Why reading failed, as an error number; 0 when it has not. A raster that ends, wherever it does, is no failure.
+  [[nodiscard]] int error() const { return error_; }
+
   /// What is wrong with the header that was refused last, or empty.
   [[nodiscard]] const std::string& fault() const { return fault_; }
 
@@ -53,6 +56,7 @@ class RasterStream {
   [[nodiscard]] ssize_t fillInput();
   [[nodiscard]] bool nothingMoreComes(std::chrono::milliseconds silence);
   [[nodiscard]] bool readRasterLine(std::uint8_t* line);
+  void noteShortage();
 
   const Renderer& renderer_;
   cups_raster_t* raster_ = nullptr;
@@ -66,6 +70,7 @@ class RasterStream {
   bool first_ = true;
   bool ended_ = false;  ///< no byte can be read any more
   bool endedEarly_ = false;
+  int error_ = 0;
   std::string fault_;
   std::chrono::steady_clock::time_point cancelSeen_ = {};
 };

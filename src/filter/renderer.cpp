@@ -50,10 +50,12 @@ constexpr int SIDE_CHANNEL = 4;
 
 }  // namespace
 
-Renderer::Renderer(const char* serverBin, char* const argv[], const std::string& pdf)
-    : program_(std::string(serverBin) + "/filter/pdftoraster") {
+Renderer::Renderer(const char* serverBin) : program_(std::string(serverBin) + "/filter/pdftoraster") {
   constexpr std::size_t PROGRAM_LIMIT = 1024;
   if (program_.size() >= PROGRAM_LIMIT) program_.resize(PROGRAM_LIMIT - 1);
+}
+
+Renderer::Renderer(const char* serverBin, char* const argv[], const std::string& pdf) : Renderer(serverBin) {
   if (access(pdf.c_str(), R_OK) != 0) {
     reportErrno("ERROR: Unable to open the document", errno);
     return;
@@ -122,7 +124,11 @@ void Renderer::stop() {
   kill(-child_, SIGKILL);
   pollUntil([this] { return ended(); });
   int status = 0;
-  if (waitpid(child_, &status, 0) == child_ && endedByItself) end_ = status;
+  pid_t reaped = -1;
+  do {
+    reaped = waitpid(child_, &status, 0);
+  } while (reaped < 0 && errno == EINTR);
+  if (reaped == child_ && endedByItself) end_ = status;
   child_ = -1;
 }
 

@@ -43,6 +43,10 @@ class Renderer {
   [[nodiscard]] bool started() const { return started_; }
 
  private:
+  /// A renderer that has not started. The other constructor builds on it, so that what it has started is ended when it
+  /// fails half-way.
+  explicit Renderer(const char* serverBin);
+
   void start(char* const arguments[]);
   void checkExec(int descriptor);
   [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;

@@ -1,5 +1,6 @@
 #include "hdc/alertreport.h"
 
+#include <new>
 #include <span>
 
 #include "hdc/report.h"
@@ -8,6 +9,20 @@
 #include "npa/alerttext.h"
 
 namespace kesto {
+
+namespace {
+
+void tellAlerts(std::span<const PSSDALERTINFO> alerts, int repeats) {
+  try {
+    for (int i = 0; i < repeats; ++i) {
+      for (const PSSDALERTINFO& alert : alerts) report("WARNING: %s\n", alertText(alert).c_str());
+    }
+  } catch (const std::bad_alloc&) {
+    // The printer is asked again; an exception that left the status thread would end the job.
+  }
+}
+
+}  // namespace
 
 constinit std::atomic<std::int32_t> IsDeviceInError{0};
 
@@ -19,10 +34,7 @@ void reportAlerts(std::uint32_t length, const AlertReportStyle& style) {
   IsDeviceInError.store(isError ? 1 : 0, std::memory_order_release);
   if (isError) {
     if (style.traced) report("Inside GetExtAlerts in hdc\n");
-    const auto told = std::span(records, static_cast<std::size_t>(style.allAlerts ? count : 1));
-    for (int i = 0; i < style.repeats; ++i) {
-      for (const PSSDALERTINFO& alert : told) report("WARNING: %s\n", alertText(alert).c_str());
-    }
+    tellAlerts({records, static_cast<std::size_t>(style.allAlerts ? count : 1)}, style.repeats);
   }
   releaseAlerts(records, count);
   validBuffer.fill(0);

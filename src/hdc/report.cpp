@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -11,16 +12,26 @@
 
 #include <unistd.h>
 
+#include "hdc/poll.h"
+
 namespace kesto {
 
 namespace {
 
+/// How long a log that takes nothing at the moment is waited for.
+constexpr std::chrono::milliseconds PATIENCE{1000};
+
+/// Writes some of `rest`. False when the log takes nothing at the moment; what nobody is left to be told is dropped.
+bool writeSome(std::span<const char>& rest) {
+  const auto written = write(STDERR_FILENO, rest.data(), rest.size());
+  if (written < 0 && errno == EINTR) return true;
+  if (written < 0 && errno == EAGAIN) return false;
+  rest = written > 0 ? rest.subspan(static_cast<std::size_t>(written)) : std::span<const char>{};
+  return true;
+}
+
 void writeAll(std::span<const char> rest) {
-  while (!rest.empty()) {
-    const auto written = write(STDERR_FILENO, rest.data(), rest.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;  // nobody is left to be told
-    rest = rest.subspan(static_cast<std::size_t>(written));
+  while (!rest.empty() && pollUntil([&rest] { return writeSome(rest); }, PATIENCE)) {
   }
 }
 

@@ -1,5 +1,6 @@
 #include "jobsettings/optionsource.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -17,9 +18,25 @@
 namespace kesto {
 namespace {
 
+/// The system's first failure while options were read, as an error number; 0 for none.
+constinit int failure = 0;
+
+/// Runs `read`, one of the library's readers. They return less when the system fails them, and say nothing; what they
+/// leave behind is the error number. Others than these tell of a file that is missing or cannot be understood.
+template <class Read>
+auto noteFailure(Read read) {
+  errno = 0;
+  auto result = read();
+  for (const int error : {ENOMEM, EIO, EMFILE, ENFILE}) {
+    if (errno == error && failure == 0) failure = error;
+  }
+  return result;
+}
+
 class Ticket {
  public:
-  explicit Ticket(const char* text) : count_(cupsParseOptions(text, 0, &options_)) {}
+  explicit Ticket(const char* text)
+      : count_(noteFailure([this, text] { return cupsParseOptions(text, 0, &options_); })) {}
   ~Ticket() { cupsFreeOptions(count_, options_); }
   Ticket(const Ticket&) = delete;
   Ticket& operator=(const Ticket&) = delete;
@@ -73,7 +90,7 @@ ppd_file_s* jobPpd() {
   const char* path = std::getenv("PPD");  // NOLINT(concurrency-mt-unsafe): the filter never sets a variable
   if (path == nullptr) return nullptr;
   const auto [entry, isNew] = openSources().ppds.try_emplace(path);
-  if (isNew) entry->second.reset(ppdOpenFile(path));
+  if (isNew) entry->second.reset(noteFailure([path] { return ppdOpenFile(path); }));
   return entry->second.get();
 }
 
@@ -101,8 +118,13 @@ std::int32_t getIntAttrFromPPD(ppd_file_s* ppd, const char* keyword, std::int32_
   return text == nullptr ? defaultValue : decimalInteger(text);
 }
 
+int optionSourceFailure() {
+  return failure;
+}
+
 void releaseOptionSource() {
   sources.reset();
+  failure = 0;
 }
 
 }  // namespace kesto

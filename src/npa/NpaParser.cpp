@@ -152,27 +152,37 @@ void storeText(std::string_view path, const Place& place, const char* text) {
   }
 }
 
+/// Makes a record for each alert of the response, `made` of them, and fills in `count`. False, with what was made left
+/// to the caller, when there is no alert. Throws std::bad_alloc.
+bool makeRecords(std::span<const std::uint8_t> response, PSSDALERTINFO*& records, std::int32_t& made,
+                 std::int32_t& count) {
+  if (response.size() < BLOCK_OFFSET || response[0] != 0xA5) return false;
+  const auto block = response.subspan(BLOCK_OFFSET);
+  std::int32_t alerts = 0;
+  if (ParseRawDataForAlerts(block, {}, alerts) != 0 || alerts == 0) return false;
+  records = new PSSDALERTINFO[static_cast<std::size_t>(alerts)]();
+  made = alerts;
+  const std::span all(records, static_cast<std::size_t>(alerts));
+  if (ParseRawDataForAlerts(block, all, count) != 0) return false;
+  for (auto& record : all) record.alertType = getAlertType(response);
+  return true;
+}
+
 }  // namespace
 
 std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t responseLength, PSSDALERTINFO*& records,
                                     std::int32_t& count) {
   records = nullptr;
   count = 0;
-  const std::span bytes(response, responseLength);
-  if (bytes.size() < BLOCK_OFFSET || bytes[0] != 0xA5) return -1;
-  const auto block = bytes.subspan(BLOCK_OFFSET);
-
-  std::int32_t alerts = 0;
-  if (ParseRawDataForAlerts(block, {}, alerts) != 0 || alerts == 0) return -1;
-  records = new (std::nothrow) PSSDALERTINFO[static_cast<std::size_t>(alerts)]();
-  if (records == nullptr) return -1;
-  const std::span all(records, static_cast<std::size_t>(alerts));
-  if (ParseRawDataForAlerts(block, all, count) != 0) {
-    releaseAlerts(records, count);
-    return -1;
+  std::int32_t made = 0;
+  try {
+    if (makeRecords({response, responseLength}, records, made, count)) return 0;
+  } catch (const std::bad_alloc&) {
+    // An alert that there is no memory for goes unheard; the job is worth more.
   }
-  for (auto& record : all) record.alertType = getAlertType(bytes);
-  return 0;
+  releaseAlerts(records, made);
+  count = 0;
+  return -1;
 }
 
 void releaseAlerts(PSSDALERTINFO*& records, std::int32_t& count) {

@@ -1,6 +1,4 @@
 // pdftokesto: the entry of the program. What a job does is told in filter/printjob.h.
-#include <cerrno>
-#include <cstdio>
 #include <new>
 
 #include "filter/joberror.h"
@@ -12,6 +10,6 @@ int main(int argc, char* argv[]) {
   } catch (const kesto::JobError& failure) {
     return kesto::endFailedJob(failure);
   } catch (const std::bad_alloc&) {
-    return kesto::endFailedJob({"ERROR: Unable to allocate memory!", ENOMEM});
+    return kesto::endWithoutMemory();
   }
 }
