@@ -3,6 +3,7 @@
 #include <new>
 #include <span>
 
+#include "codec/codecstatus.h"
 #include "codec/downsample.h"
 #include "filter/lineblock.h"
 #include "filter/pagepipeline.h"
@@ -81,12 +82,17 @@ std::span<const std::uint8_t> compressBand(WicketSettings* settings, WicketCoder
   const std::uint8_t* map = gCacheBands.blockMap.data();
   std::uint8_t* out = gCacheBands.bandStream.data();
   std::int32_t length = 0;
+  std::int32_t status = CODEC_OK;
   if (jobsetting->isColor != 0) {
-    wicketCompressPlanes(blocks, map, width, pixels, band.y, band.cb, band.cr, capacity, out, &length, settings, coder);
+    status = wicketCompressPlanes(blocks, map, width, pixels, band.y, band.cb, band.cr, capacity, out, &length,
+                                  settings, coder);
   } else {
     setSampleType(SAMPLE_TYPE_444, settings);
-    wicketCompressMonoPlane(blocks, map, width, pixels, band.imageRows, capacity, out, &length, settings, coder);
+    status =
+        wicketCompressMonoPlane(blocks, map, width, pixels, band.imageRows, capacity, out, &length, settings, coder);
   }
+  // Both codes mean that here, where no pointer is null. The band would be missing from the page.
+  if (status == CODEC_NO_MEMORY || status == CODEC_NULL_POINTER) throw std::bad_alloc();
   return std::span(gCacheBands.bandStream).first(static_cast<std::size_t>(length));
 }
 

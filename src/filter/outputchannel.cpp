@@ -20,7 +20,8 @@ OutputChannel::OutputChannel(const char* connectivity) {
 
 OutputChannel::~OutputChannel() {
   hdcStopPrintThread();
-  hdcDestroy();
+  // A job that fails comes here while the image thread still works: it is turned away, and the ring outlives it.
+  hdcAbandon();
 }
 
 void OutputChannel::finish() {

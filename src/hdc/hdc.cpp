@@ -115,6 +115,10 @@ void hdcStopPrintThread() {
   pthread_join(hdcContext.printThread, nullptr);
 }
 
+void hdcAbandon() {
+  fail(ECANCELED);
+}
+
 void hdcDestroy() {
   cbufferFree(&hdcContext.buffer);
 }

@@ -55,7 +55,10 @@ void hdcWaitUntilEmpty();
 /// Nothing happens when no print thread runs.
 void hdcStopPrintThread();
 
-/// Frees the ring; the print thread must have been stopped.
+/// Makes the channel fail, if it has not: no byte is accepted or written any more, and nobody waits for it.
+void hdcAbandon();
+
+/// Frees the ring; the print thread must have been stopped, and no writer be left.
 void hdcDestroy();
 
 /// Why the channel failed, as an errno value (EPIPE when nobody reads any more); 0 when it has not.

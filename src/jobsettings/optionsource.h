@@ -38,8 +38,8 @@ const char* resolveOption(const char* ticket, const char* option);
 /// Reads a decimal integer as `atoi` does, 0 for text that is no number, without its undefined overflow.
 std::int32_t decimalInteger(const char* text);
 
-/// Why the system kept options from being read, as an error number (no memory, no descriptor, a damaged disk); 0 when it
-/// did not. What these functions have returned since may then lack what a person has chosen.
+/// Why the system kept options from being read, as an error number (no memory, no descriptor, a damaged disk); 0 when
+/// it did not. What these functions have returned since may then lack what a person has chosen.
 [[nodiscard]] int optionSourceFailure();
 
 /// Frees the parsed tickets and closes the PPD: at the end of the job, when no record is in use any more.

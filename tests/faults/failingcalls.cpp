@@ -195,9 +195,8 @@ ssize_t write(int descriptor, const void* bytes, std::size_t count) {
   return transfer("write", count, [&](std::size_t some) { return syscall(SYS_write, descriptor, bytes, some); });
 }
 ssize_t send(int descriptor, const void* bytes, std::size_t count, int flags) {
-  return transfer("send", count, [&](std::size_t some) {
-    return syscall(SYS_sendto, descriptor, bytes, some, flags, nullptr, 0);
-  });
+  return transfer("send", count,
+                  [&](std::size_t some) { return syscall(SYS_sendto, descriptor, bytes, some, flags, nullptr, 0); });
 }
 ssize_t recv(int descriptor, void* bytes, std::size_t count, int flags) {
   return transfer("recv", count, [&](std::size_t some) {
@@ -248,8 +247,7 @@ pid_t fork() noexcept {
 int execv(const char* path, char* const arguments[]) noexcept {
   return fails("exec") ? -1 : static_cast<int>(syscall(SYS_execve, path, arguments, environ));
 }
-int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
-                   void* argument) noexcept {
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument) noexcept {
   return fails("thread") ? plan.error : realThreadCreate(thread, attributes, body, argument);
 }
 }
