@@ -36,7 +36,13 @@ auto noteFailure(Read read) {
 class Ticket {
  public:
   explicit Ticket(const char* text)
-      : count_(noteFailure([this, text] { return cupsParseOptions(text, 0, &options_); })) {}
+      : count_(noteFailure([this, text] { return cupsParseOptions(text, 0, &options_); })) {
+    if (failure == 0) return;
+    // An option whose name found no memory has none, and the library's search would stumble over it.
+    cupsFreeOptions(count_, options_);
+    options_ = nullptr;
+    count_ = 0;
+  }
   ~Ticket() { cupsFreeOptions(count_, options_); }
   Ticket(const Ticket&) = delete;
   Ticket& operator=(const Ticket&) = delete;

@@ -2,8 +2,9 @@
 //
 //   KESTO_FAULT="FAMILY NUMBER ERROR [on]"   call NUMBER (from 1) of the family fails with the error number ERROR, 0
 //                                            for a read or write of one byte only; with "on" all later ones fail, too
-//   KESTO_FAULT_REPORT=FILE                  the file's first 8 bytes become the number of the family's calls and of
-//                                            those that failed, two 32-bit words
+//   KESTO_FAULT_REPORT=FILE                  the file's first 12 bytes become the number of the family's calls, the
+//                                            number of those that failed, and 1 after a crash within the spooler's
+//                                            library, three 32-bit words
 //
 // Counting begins with main: what the dynamic loader and the libraries' start do before it happens ahead of any line
 // of the program. What the program forks still counts, what it executes does not, because the preload is taken out of
@@ -29,6 +30,7 @@
 #include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/wait.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 // The C library's own allocator, and the checked forms of calls, have no declaration.
@@ -52,6 +54,7 @@ namespace {
 struct Report {
   std::atomic<std::uint32_t> calls;
   std::atomic<std::uint32_t> failed;
+  std::atomic<std::uint32_t> libraryCrashed;
 };
 
 struct Plan {
@@ -96,6 +99,28 @@ int openFile(const char* path, int flags, mode_t mode) {
   return fails("open") ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
+/// Looks whose instruction it was; the program then ends as it would have.
+void onCrash(int, siginfo_t*, void* context) {
+  const auto* machine = static_cast<const ucontext_t*>(context);
+  void* instruction = nullptr;
+#if defined(__x86_64__)
+  std::memcpy(&instruction, &machine->uc_mcontext.gregs[REG_RIP], sizeof instruction);
+#elif defined(__aarch64__)
+  std::memcpy(&instruction, &machine->uc_mcontext.pc, sizeof instruction);
+#endif
+  Dl_info found = {};
+  if (dladdr(instruction, &found) != 0 && std::strstr(found.dli_fname, "/libcups.so") != nullptr) {
+    counts->libraryCrashed.store(1);
+  }
+}
+
+void watchForCrash() {
+  struct sigaction action = {};
+  action.sa_sigaction = onCrash;
+  action.sa_flags = SA_SIGINFO | static_cast<int>(SA_RESETHAND);
+  sigaction(SIGSEGV, &action, nullptr);
+}
+
 void readPlan() {
   const char* text = std::getenv("KESTO_FAULT");
   const char* file = std::getenv("KESTO_FAULT_REPORT");
@@ -113,6 +138,7 @@ void readPlan() {
   if (shared == MAP_FAILED) return;
   counts = static_cast<Report*>(shared);
   unsetenv("LD_PRELOAD");
+  watchForCrash();
   armed.store(true, std::memory_order_release);
 }
 
