@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -52,6 +54,12 @@ void makeFolder(const std::string& folder) {
   }
 }
 
+/// Leaves the file as it is. A long job should not find out at its end that there is nowhere to put the sheet.
+void tryToOpen(const std::string& path) {
+  errno = 0;
+  if (!std::ofstream(path, std::ios::app)) throw FileError(path + ": " + std::generic_category().message(errno));
+}
+
 std::string pagePath(const std::string& folder, std::uint64_t page) {
   std::array<char, 40> name{};
   std::snprintf(name.data(), name.size(), "page-%04llu.png", static_cast<unsigned long long>(page));
@@ -66,7 +74,9 @@ PagePictures::PagePictures(const PictureChoices& choices, std::function<void(std
       imageDivisor_(choices.tags ? 8 : decoderDivisor(choices)),
       divisor_(choices.tags ? 1 : imageDivisor_) {
   if (!choices_.folder.empty()) makeFolder(choices_.folder);
-  if (!choices_.sheet.empty()) sheet_.emplace();
+  if (choices_.sheet.empty()) return;
+  tryToOpen(choices_.sheet);
+  sheet_.emplace();
 }
 
 SheetGeometry PagePictures::geometryOf(const PageLayout& layout) const {

@@ -33,7 +33,9 @@ struct PngWriter::Png {
   void open() {
     errno = 0;
     file = std::fopen(path.c_str(), "wbe");
-    png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
+    // The caller tells what went wrong; libpng's own way out of an error, and its warnings, print a line first.
+    const auto leave = [](png_structp structure, png_const_charp) { png_longjmp(structure, 1); };
+    png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, [](png_structp, png_const_charp) {});
     if (png != nullptr) info = png_create_info_struct(png);
     if (file == nullptr || info == nullptr) fail();
   }
