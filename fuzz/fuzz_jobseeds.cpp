@@ -13,6 +13,7 @@ int main(int argc, char** argv) {
   const SampleChoices choices[] = {
       {.pages = 1},
       {.pages = 1, .tall = false},
+      {.pages = 1, .custom = true, .tall = false},
       {.usb = true, .pages = 2, .tall = false},
       {.color = false, .pages = 1, .tall = false, .band = GREY_WHITE},
       {.color = false, .pages = 2, .tall = false, .band = GREY_BLACK},

@@ -207,8 +207,7 @@ std::vector<std::uint8_t> changesOf(std::uint8_t value) {
 }
 
 /// Changes every byte outside of entropy-coded data and expects an objection, unless the byte has the freedom to be so.
-TEST(Check, ObjectsToEveryByteThatIsChanged) {
-  const SampleJob sample({.usb = true});
+void expectObjections(const SampleJob& sample) {
   Bytes job = sample.bytes();
   for (std::size_t i = 0; i < job.size(); ++i) {
     const Freedom& freedom = *sample.freedoms()[i];
@@ -221,6 +220,12 @@ TEST(Check, ObjectsToEveryByteThatIsChanged) {
     }
     job[i] = good;
   }
+}
+
+TEST(Check, ObjectsToEveryByteThatIsChanged) {
+  expectObjections(SampleJob({.usb = true}));
+  expectObjections(SampleJob({.pages = 1, .custom = true, .tall = false}));
+  expectObjections(SampleJob({.color = false, .pages = 1, .tall = false, .band = GREY_WHITE}));
 }
 
 TEST(Check, StandsWhateverEntropyCodedDataAreLike) {

@@ -102,7 +102,8 @@ TEST(Program, TellsWrongCallsAndFilesThatCannotBeRead) {
   }
   const std::string path = writeJob(folder, SampleJob().bytes());
   EXPECT_EQ(call({"pages", path, "-o", path}).log, "kestojob: " + path + ": " + path + ": Not a directory\n");
-  EXPECT_EQ(call({"pages", path, "--sheet", "/dev/full"}).status, 1);
+  EXPECT_EQ(call({"pages", path, "--sheet", "/dev/full"}).log,
+            "kestojob: " + path + ": /dev/full: No space left on device\n");
 }
 
 TEST(Program, ListsEveryElementWithItsOffset) {
@@ -117,7 +118,7 @@ TEST(Program, ListsEveryElementWithItsOffset) {
   EXPECT_EQ(lines.at(0),
             "          0  NPA   sniff, 19 bytes: A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E");
   EXPECT_EQ(lines.at(4), "         72  PJL   \\x1B%-12345X@PJL JOB");
-  EXPECT_TRUE(hasLine(lines, "        170  PJL   @PJL SET JOBNAME=\"\\x1B[2J \xC3\xBC\"")) << lines.at(8);
+  EXPECT_TRUE(hasLine(lines, "        191  PJL   @PJL SET JOBNAME=\"\\x1B[2J \xC3\xBC\""));
   EXPECT_TRUE(hasLine(lines, line("D1 58 02 58 02",
                                   "XL    BeginSession  UnitsPerMeasure=(600, 600)  Measure=eInch  "
                                   "ErrorReport=eBackChAndErrPage")));
@@ -142,23 +143,37 @@ TEST(Program, ListsEveryElementWithItsOffset) {
   EXPECT_NE(cut.log.find("The job ends within a PCL XL operator."), std::string::npos) << cut.log;
 }
 
+/// The objects of a JSON array that has one on each line.
+std::vector<std::string> objectsOf(const Outcome& outcome) {
+  auto lines = linesOf(outcome);
+  if (lines.size() < 3 || lines.front() != "[" || lines.back() != "]") return {};
+  std::vector<std::string> objects(lines.begin() + 1, lines.end() - 1);
+  for (std::string& object : objects) {
+    const bool last = &object == &objects.back();
+    EXPECT_TRUE(object.starts_with('{') && object.ends_with(last ? "}" : "},")) << object;
+    if (!last) object.pop_back();
+  }
+  return objects;
+}
+
 TEST(Program, ListsForProgramsToo) {
-  const Bytes job = SampleJob({.title = "a\"\\\n\xFF"}).bytes();
-  const auto lines = linesOf(call({"list", "--json", "-"}, SampleJob({.title = "a\"\\\t\xFF"}).bytes()));
-  EXPECT_TRUE(hasLine(lines, R"({"offset":98,"element":"pjl","text":"@PJL SET JOBNAME=\"a\"\\\u0009\ufffd\""})"))
-      << lines.at(4);
-  const std::string rop = std::to_string(findBytes(job, "C0 CC F8 2C"));
-  EXPECT_TRUE(hasLine(lines, R"({"offset":)" + rop +
-                                 R"(,"element":"operator","name":"SetROP","code":123,"attributes":)" +
-                                 R"([{"offset":)" + rop +
-                                 R"(,"id":44,"name":"ROP3","type":"ubyte","value":204,"valueName":"eSourceCopy"}]})"));
-  const std::string image = std::to_string(findBytes(job, "FF 2B") - 5);
-  EXPECT_TRUE(hasLine(lines, R"({"offset":)" + image +
-                                 R"(,"element":"image","page":1,"strip":1,"bytes":226,"x":0,"y":0,)" +
-                                 R"("width":16,"height":256,"ratio":54.372})"));
-  const std::string end = std::to_string(job.size());
-  EXPECT_EQ(lines.back(), R"({"offset":)" + end + R"(,"element":"end","pages":2,"strips":4})");
-  for (const std::string& line : lines) EXPECT_TRUE(line.starts_with('{') && line.ends_with('}')) << line;
+  const Bytes job = SampleJob({.title = "a\"\\\t\xFF"}).bytes();
+  const auto objects = objectsOf(call({"list", "--json", "-"}, job));
+  const auto at = [&job](std::string_view bytes, std::size_t ahead = 0) {
+    return R"({"offset":)" + std::to_string(findBytes(job, bytes) - ahead);
+  };
+  EXPECT_TRUE(hasLine(objects, R"({"offset":119,"element":"pjl","text":"@PJL SET JOBNAME=\"a\"\\\u0009\ufffd\""})"));
+  EXPECT_TRUE(
+      hasLine(objects, at("C0 CC F8 2C") + R"(,"element":"operator","name":"SetROP","code":123,"attributes":[)" +
+                           at("C0 CC F8 2C") +
+                           R"(,"id":44,"name":"ROP3","type":"ubyte","value":204,"valueName":"eSourceCopy"}]})"));
+  EXPECT_TRUE(hasLine(objects, at("FF 2B", 5) + R"(,"element":"image","page":1,"strip":1,"bytes":226,"x":0,"y":0,)" +
+                                   R"("width":16,"height":256,"ratio":54.372})"));
+  EXPECT_EQ(objects.back(), R"({"offset":)" + std::to_string(job.size()) + R"(,"element":"end","pages":2,"strips":4})");
+
+  const Outcome cut = call({"list", "--json", "-"}, Bytes(job.begin(), job.begin() + 20));
+  EXPECT_EQ(cut.status, 1);
+  EXPECT_EQ(objectsOf(cut).back(), R"({"offset":20,"element":"fault","text":"The job ends within a PJL line."})");
 }
 
 TEST(Program, DrawsPagesOnTheirSheets) {

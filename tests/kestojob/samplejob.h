@@ -40,6 +40,15 @@ inline constexpr Freedom FIRST_DIGIT = {"so is any day, but a number begins with
                                         [](std::uint8_t v) { return (v >= '1' && v <= '9') || v == '-'; }};
 inline constexpr Freedom QUANTIZER = {"the strip can be read with the other quantiser as well",
                                       [](std::uint8_t v) { return v == 0x2B || v == 0x2C; }};
+inline constexpr Freedom ANY_VALUE = {"any tray, threshold and odd size will do", [](std::uint8_t) { return true; }};
+inline constexpr Freedom PAPER = {"the number of another paper", [](std::uint8_t v) {
+                                    return v <= 3 || (v >= 6 && v <= 9) || v == 11 || (v >= 13 && v <= 19) || v == 255;
+                                  }};
+inline constexpr Freedom PAPER_SIDE = {"a positive number of up to 1000 inches, as the other bytes are",
+                                       [](std::uint8_t v) { return v <= 0x44; }};
+inline constexpr Freedom PAPER_TYPE = {"another type of paper", [](std::uint8_t v) { return v >= 0x20 && v != 0x7F; }};
+inline constexpr Freedom COLOR_SPACE = {"colours may be printed as grey",
+                                        [](std::uint8_t v) { return v == 1 || v == 2; }};
 inline constexpr Freedom TAG = {"a plane may have any tag",
                                 [](std::uint8_t v) { return v == 0x00 || v == 0x55 || v == 0xAA || v == 0xFF; }};
 
@@ -48,7 +57,8 @@ struct SampleChoices {
   bool color = true;
   bool usb = false;
   int pages = 2;
-  bool tall = true;  ///< pages of 264 lines, a strip of 256 and one of 8; otherwise only the latter
+  bool custom = false;  ///< paper of 8.5 x 11 inches by its size instead of its name
+  bool tall = true;     ///< pages of 264 lines, a strip of 256 and one of 8; otherwise only the latter
   std::string resolution = "600";
   std::string units = "58 02";          ///< the same, low byte first
   std::string band = "FE FE 28 A0 0F";  ///< 16 x 8 pixels; white in colour
@@ -90,9 +100,7 @@ class SampleJob {
     text("6342", DIGIT);
     text(".");
     text("859375", DIGIT);
-    text("\n@PJL COMMENT ");
-    text("Driver", TEXT);
-    text("\n@PJL SET JOBNAME=\"");
+    text("\n@PJL COMMENT KESTO Contone Raster Driver\n@PJL SET JOBNAME=\"");
     text(choices_.title, TEXT);
     text("\"\n@PJL LJOBINFO HOSTID=\"");
     text("anna", TEXT);
@@ -115,13 +123,42 @@ class SampleJob {
     text("Corvane Enhanced XL=1.2");
     add(fromHex("F8 81 47"));
   }
-  /// A page on letter paper.
+  /// What all pages have in common, which is free where there is only one.
+  void addCommon(std::string_view hexText, const Freedom& freedom) {
+    add(fromHex(hexText), choices_.pages == 1 ? freedom : STRUCTURE);
+  }
+  void addPaper() {
+    add(fromHex("C0 00 F8 28 C0"));
+    addCommon("04", ANY_VALUE);
+    add(fromHex("F8 26"));
+    if (choices_.custom) {
+      add({0xD5});
+      for (const char* odd : {"00 00 08", "00 00 30"}) {
+        addCommon(odd, ANY_VALUE);
+        addCommon("41", PAPER_SIDE);
+      }
+      add(fromHex("F8 2F C0 00 F8 30"));
+    } else {
+      add({0xC0});
+      addCommon("00", PAPER);
+      add(fromHex("F8 25"));
+    }
+    add(fromHex("C8 C0 05"));
+    addCommon("50 6C 61 69 6E", PAPER_TYPE);
+    add(fromHex("F8 27 C1 01 00 F8 EC C0 02 F8 ED 43"));
+  }
+  /// A page on letter paper: colours, or grey of which only black and white are printed.
   void addPage() {
-    add(fromHex("C0 00 F8 28 C0 04 F8 26 C0 00 F8 25 C8 C0 05 50 6C 61 69 6E F8 27 C1 01 00 F8 EC C0 02 F8 ED 43"));
-    add(fromHex("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77"));
-    add(fromHex(choices_.color ? "C0 02 F8 03 6A C0 50 F8 EF C0 01 F8 EE 40"
-                               : "C0 03 F8 03 C0 80 F8 EB 6A C0 50 F8 EF "
-                                 "C0 00 F8 EE 40"));
+    addPaper();
+    add(fromHex("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77 C0"));
+    if (choices_.color) {
+      addCommon("02", COLOR_SPACE);
+      add(fromHex("F8 03 6A C0 50 F8 EF C0 01 F8 EE 40"));
+    } else {
+      add(fromHex("03 F8 03 C0"));
+      addCommon("80", ANY_VALUE);
+      add(fromHex("F8 EB 6A C0 50 F8 EF C0 00 F8 EE 40"));
+    }
     add(fromHex("C0 CC F8 2C 7B"));
     if (choices_.tall) addStrip(32, "00 00", "00 01");
     addStrip(1, choices_.tall ? "00 01" : "00 00", "08 00");

@@ -113,7 +113,7 @@ void declare(CLI::App& app, Call& call, void (*&run)(const Call&)) {
 
   CLI::App* const lists = app.add_subcommand("list", "List the job's elements, one a line");
   lists->add_option("JOB", call.job, "The job")->required();
-  lists->add_flag("--json", call.json, "As JSON, one object a line");
+  lists->add_flag("--json", call.json, "As a JSON array, one object a line");
   lists->callback([&run] { run = list; });
 
   CLI::App* const checks = app.add_subcommand("check", "Judge the job strictly and tell its first fault");

@@ -1,4 +1,4 @@
-// The list as JSON, an object a line.
+// The list as JSON: an array, an object a line.
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -87,7 +87,10 @@ JsonObject stripElement(const StripData& data, std::string_view kind) {
 
 class JsonWriter : public ListWriter {
  public:
-  explicit JsonWriter(std::ostream& out) : out_(out) {}
+  explicit JsonWriter(std::ostream& out) : out_(out) { out_ << '['; }
+  JsonWriter(const JsonWriter&) = delete;
+  JsonWriter& operator=(const JsonWriter&) = delete;
+  ~JsonWriter() override { out_ << "\n]\n"; }
 
   void npa(const NpaPacket& packet) override {
     write(element(packet.offset, "npa").text("bytes", hexBytes(packet.bytes)));
@@ -124,11 +127,16 @@ class JsonWriter : public ListWriter {
   void end(std::uint64_t offset, std::uint64_t pages, std::uint64_t strips) override {
     write(element(offset, "end").number("pages", pages).number("strips", strips));
   }
+  void fault(const Fault& fault) override { write(element(fault.offset(), "fault").text("text", fault.what())); }
 
  private:
-  void write(const JsonObject& object) { out_ << object.str() << '\n'; }
+  void write(const JsonObject& object) {
+    out_ << separator_ << object.str();
+    separator_ = ",\n";
+  }
 
   std::ostream& out_;
+  const char* separator_ = "\n";
 };
 
 }  // namespace

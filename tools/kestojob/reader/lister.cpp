@@ -92,7 +92,12 @@ class Lister {
 }  // namespace
 
 void listJob(ByteSource& source, ListWriter& writer) {
-  Lister(source, writer).run();
+  try {
+    Lister(source, writer).run();
+  } catch (const Fault& fault) {
+    writer.fault(fault);
+    throw;
+  }
 }
 
 }  // namespace kesto::job

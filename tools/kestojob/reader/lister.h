@@ -11,6 +11,7 @@
 
 #include "kestojob/reader/bytesource.h"
 #include "kestojob/reader/element.h"
+#include "kestojob/reader/fault.h"
 #include "kestojob/reader/tagblock.h"
 
 namespace kesto::job {
@@ -44,12 +45,14 @@ class ListWriter {
   virtual void image(const StripData& data) = 0;
   virtual void tags(const StripData& data, const TagSummary& tags) = 0;
   virtual void end(std::uint64_t offset, std::uint64_t pages, std::uint64_t strips) = 0;
+  /// Instead of the end: what keeps the rest from being told apart, for a writer whose readers see nothing else.
+  virtual void fault(const Fault& /*fault*/) {}
 };
 
 /// A line of text for each element: its offset, its kind, and what it says.
 [[nodiscard]] std::unique_ptr<ListWriter> makeTextWriter(std::ostream& out);
 
-/// A JSON object for each element, one a line.
+/// A JSON array with an object for each element, one a line. The writer's end closes it, whatever comes before that.
 [[nodiscard]] std::unique_ptr<ListWriter> makeJsonWriter(std::ostream& out);
 
 /// Lists the job. Throws the Fault behind which nothing can be told apart.

@@ -16,6 +16,7 @@ namespace {
 
 using Values = std::span<const std::string_view>;
 
+constexpr std::string_view DRIVERS[] = {"KESTO Contone Raster Driver"};
 constexpr std::string_view ON_OFF[] = {"ON", "OFF"};
 constexpr std::string_view COLOR_MODELS[] = {"CMYK", "BLACK"};
 constexpr std::string_view IMPROVEMENTS[] = {"OFF", "PAPERCURL", "TONERFIX", "CREASE"};
@@ -40,7 +41,7 @@ constexpr auto HEADER = std::to_array<Row>({
     {PJL_START_JOB, ALWAYS, ANY},
     {PJL_STRINGCODESET, ALWAYS, ANY},
     {PJL_FDATETIME, ALWAYS, ANY},
-    {PJL_CMD_COMMENT_DRIVERNAME, ALWAYS, ANY},
+    {PJL_CMD_COMMENT_DRIVERNAME, ALWAYS, DRIVERS},
     {PJL_CMD_JOBNAME, ALWAYS, ANY},
     {PJL_CMD_HOSTID, ALWAYS, ANY},
     {PJL_CMD_SET_SHARPEN, SOMETIMES, ON_OFF},
