@@ -12,8 +12,8 @@ namespace kesto::job {
 namespace {
 
 using test::Bytes;
-using test::fromHex;
 using test::hex;
+using test::unhex;
 
 Bytes decode(const Bytes& band, const BandShape& shape, PixelForm form = {}) {
   BandDecoder decoder(standardTables(), form);
@@ -51,10 +51,10 @@ constexpr char DOWN_1016[] = "111111100000000111";
 constexpr char UP_100[] = "111101100100";
 
 TEST(BandDecoder, GivesKnownBandsTheirPixels) {
-  EXPECT_EQ(decode(fromHex("FE FE 28 A0 0F"), {16, true}), Bytes(16 * 8 * 3, 255));
-  EXPECT_EQ(decode(fromHex(test::GREY_WHITE), {16, false}), Bytes(16 * 8, 255));
-  EXPECT_EQ(decode(fromHex(test::GREY_BLACK), {16, false}), Bytes(16 * 8, 0));
-  EXPECT_EQ(decode(fromHex("FE FE 28 A0 0F"), {16, true}, {.divisor = 8, .ycbcr = true}), fromHex("FF 80 80 FF 80 80"));
+  EXPECT_EQ(decode(unhex("FE FE 28 A0 0F"), {16, true}), Bytes(16 * 8 * 3, 255));
+  EXPECT_EQ(decode(unhex(test::GREY_WHITE), {16, false}), Bytes(16 * 8, 255));
+  EXPECT_EQ(decode(unhex(test::GREY_BLACK), {16, false}), Bytes(16 * 8, 0));
+  EXPECT_EQ(decode(unhex("FE FE 28 A0 0F"), {16, true}, {.divisor = 8, .ycbcr = true}), unhex("FF 80 80 FF 80 80"));
 }
 
 TEST(BandDecoder, ReadsAStripWithEitherQuantiser) {
@@ -90,8 +90,8 @@ TEST(BandDecoder, DecodesLinesWiderThanALibjpegImage) {
 
 TEST(BandDecoder, GoesOnAfterABandThatDoesNotDecode) {
   BandDecoder decoder(standardTables(), {});
-  EXPECT_THROW(decoder.decode({16, true}, fromHex("FE")), BandDecoder::Error);
-  EXPECT_EQ(decoder.decode({16, true}, fromHex("FE FE 28 A0 0F"))[0], 255);
+  EXPECT_THROW(decoder.decode({16, true}, unhex("FE")), BandDecoder::Error);
+  EXPECT_EQ(decoder.decode({16, true}, unhex("FE FE 28 A0 0F"))[0], 255);
 }
 
 TEST(EntropyCheck, RefusesWhatADecoderPassesOver) {

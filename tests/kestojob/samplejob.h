@@ -12,17 +12,6 @@
 
 namespace kesto::test {
 
-/// Bytes of hexadecimal digits, with or without blanks.
-inline Bytes fromHex(std::string_view text) {
-  std::string digits;
-  std::ranges::copy_if(text, std::back_inserter(digits), [](char c) { return c != ' '; });
-  Bytes bytes;
-  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
-    bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
-
 /// What a byte of the job may be changed to, and why that is no fault. Structure may be changed to nothing.
 struct Freedom {
   const char* reason;
@@ -68,11 +57,15 @@ struct SampleChoices {
 class SampleJob {
  public:
   explicit SampleJob(const SampleChoices& choices = {}) : choices_(choices) {
-    if (choices_.usb) addRequests();
+    if (choices_.usb) {
+      add("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E");
+      add("A5 00 0F 50 E0 73 07 08 00 00 01 00 00 00 00 00 01 00");
+      add("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E");
+      add("A5 00 0D 50 E0 73 03 08 00 00 01 00 00 00 00 00");
+    }
     addHeader();
-    addSessionStart();
     for (int page = 0; page < choices_.pages; ++page) addPage();
-    add(fromHex("49 42"));
+    add("49 42");
     text("\x1B%-12345X@PJL EOJ\n@PJL LPORTROTATE\n\x1B%-12345X");
   }
 
@@ -81,105 +74,80 @@ class SampleJob {
   [[nodiscard]] const std::vector<const Freedom*>& freedoms() const { return freedoms_; }
 
  private:
-  void add(const Bytes& bytes, const Freedom& freedom = STRUCTURE) {
+  void append(const Bytes& bytes, const Freedom& freedom) {
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
     freedoms_.insert(freedoms_.end(), bytes.size(), &freedom);
   }
-  void text(std::string_view text, const Freedom& freedom = STRUCTURE) {
-    add(Bytes(text.begin(), text.end()), freedom);
-  }
-  void addRequests() {
-    add(fromHex("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E"));
-    add(fromHex("A5 00 0F 50 E0 73 07 08 00 00 01 00 00 00 00 00 01 00"));
-    add(fromHex("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E"));
-    add(fromHex("A5 00 0D 50 E0 73 03 08 00 00 01 00 00 00 00 00"));
-  }
-  void addHeader() {
-    text("\x1B%-12345X@PJL JOB\n@PJL SET STRINGCODESET=UTF8\n@PJL SET FDATETIME=");
-    text("4", FIRST_DIGIT);
-    text("6342", DIGIT);
-    text(".");
-    text("859375", DIGIT);
-    text("\n@PJL COMMENT KESTO Contone Raster Driver\n@PJL SET JOBNAME=\"");
-    text(choices_.title, TEXT);
-    text("\"\n@PJL LJOBINFO HOSTID=\"");
-    text("anna", TEXT);
-    text("\"\n@PJL SET LSHARPEN=ON\n@PJL SET LCOLORMODEL=");
-    text(choices_.color ? "CMYK" : "BLACK");
-    text("\n@PJL SET LCTPREFERENCE=IMAGE\n@PJL SET LIMAGEBRIGHTNESS=0\n@PJL SET PRINTQUALITY=");
-    text("NORMAL", TEXT);
-    text("\n@PJL SET DUPLEX=ON\n@PJL SET BINDING=LONGEDGE\n@PJL SET LCOLLATION=OFF\n@PJL SET RESOLUTION=");
-    text(choices_.resolution);
-    text("\n@PJL SET LPAGEMODE=NORMAL\n@PJL SET LIMAGECONTRAST=0\n@PJL SET LMULTIPAGEPRINT=OFF\n");
-    text("@PJL ENTER LANGUAGE=PCLXL\n");
-  }
-  void addSessionStart() {
-    text(") HP-PCL XL;2;1;");
-    text("A comment that is just forty-seven letters long", COMMENT);
-    text("\n");
-    add(fromHex("D1" + choices_.units + choices_.units +
-                "F8 89 C0 00 F8 86 C0 03 F8 8F 41 C0 00 F8 88 C0 01 F8 82 48"));
-    add(fromHex("C8 C0 17"));
-    text("Corvane Enhanced XL=1.2");
-    add(fromHex("F8 81 47"));
-  }
-  /// What all pages have in common, which is free where there is only one.
-  void addCommon(std::string_view hexText, const Freedom& freedom) {
-    add(fromHex(hexText), choices_.pages == 1 ? freedom : STRUCTURE);
-  }
-  void addPaper() {
-    add(fromHex("C0 00 F8 28 C0"));
-    addCommon("04", ANY_VALUE);
-    add(fromHex("F8 26"));
-    if (choices_.custom) {
-      add({0xD5});
-      for (const char* odd : {"00 00 08", "00 00 30"}) {
-        addCommon(odd, ANY_VALUE);
-        addCommon("41", PAPER_SIDE);
-      }
-      add(fromHex("F8 2F C0 00 F8 30"));
-    } else {
-      add({0xC0});
-      addCommon("00", PAPER);
-      add(fromHex("F8 25"));
+  /// Adds bytes as hexadecimal or as plain text; those in braces have the freedom.
+  template <class Read>
+  void add(std::string_view written, const Freedom& inBraces, Read read) {
+    for (bool inside = false;; inside = !inside) {
+      const std::size_t end = written.find(inside ? '}' : '{');
+      append(read(written.substr(0, end)), inside ? inBraces : STRUCTURE);
+      if (end == std::string_view::npos) return;
+      written.remove_prefix(end + 1);
     }
-    add(fromHex("C8 C0 05"));
-    addCommon("50 6C 61 69 6E", PAPER_TYPE);
-    add(fromHex("F8 27 C1 01 00 F8 EC C0 02 F8 ED 43"));
+  }
+  void add(std::string_view hexText, const Freedom& inBraces = STRUCTURE) { add(hexText, inBraces, unhex); }
+  void text(std::string_view plain, const Freedom& inBraces = STRUCTURE) {
+    add(plain, inBraces, [](std::string_view part) { return Bytes(part.begin(), part.end()); });
+  }
+  /// What all pages of a job have in common is free where there is only one.
+  void addCommon(std::string_view hexText, const Freedom& inBraces) {
+    add(hexText, choices_.pages == 1 ? inBraces : STRUCTURE);
+  }
+
+  void addHeader() {
+    text("\x1B%-12345X@PJL JOB\n@PJL SET STRINGCODESET=UTF8\n@PJL SET FDATETIME={4}", FIRST_DIGIT);
+    text("{6342}.{859375}\n@PJL COMMENT KESTO Contone Raster Driver\n", DIGIT);
+    text("@PJL SET JOBNAME=\"{" + choices_.title + "}\"\n@PJL LJOBINFO HOSTID=\"{anna}\"\n", TEXT);
+    text("@PJL SET LSHARPEN=ON\n@PJL SET LCOLORMODEL=" + std::string(choices_.color ? "CMYK" : "BLACK"));
+    text("\n@PJL SET LCTPREFERENCE=IMAGE\n@PJL SET LIMAGEBRIGHTNESS=0\n@PJL SET PRINTQUALITY={NORMAL}\n", TEXT);
+    text("@PJL SET DUPLEX=ON\n@PJL SET BINDING=LONGEDGE\n@PJL SET LCOLLATION=OFF\n@PJL SET RESOLUTION=");
+    text(choices_.resolution + "\n@PJL SET LPAGEMODE=NORMAL\n@PJL SET LIMAGECONTRAST=0\n");
+    text("@PJL SET LMULTIPAGEPRINT=OFF\n@PJL ENTER LANGUAGE=PCLXL\n");
+    text(") HP-PCL XL;2;1;{A comment that is just forty-seven letters long}\n", COMMENT);
+    add("D1" + choices_.units + choices_.units +
+        "F8 89 C0 00 F8 86 C0 03 F8 8F 41 C0 00 F8 88 C0 01 F8 82 48 C8 C0 17");
+    text("Corvane Enhanced XL=1.2");
+    add("F8 81 47");
   }
   /// A page on letter paper: colours, or grey of which only black and white are printed.
   void addPage() {
-    addPaper();
-    add(fromHex("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77 C0"));
-    if (choices_.color) {
-      addCommon("02", COLOR_SPACE);
-      add(fromHex("F8 03 6A C0 50 F8 EF C0 01 F8 EE 40"));
+    addCommon("C0 00 F8 28 C0 {04} F8 26", ANY_VALUE);
+    if (choices_.custom) {
+      addCommon("D5 {00 00 08}", ANY_VALUE);
+      addCommon("{41}", PAPER_SIDE);
+      addCommon("{00 00 30}", ANY_VALUE);
+      addCommon("{41} F8 2F C0 00 F8 30", PAPER_SIDE);
     } else {
-      add(fromHex("03 F8 03 C0"));
-      addCommon("80", ANY_VALUE);
-      add(fromHex("F8 EB 6A C0 50 F8 EF C0 00 F8 EE 40"));
+      addCommon("C0 {00} F8 25", PAPER);
     }
-    add(fromHex("C0 CC F8 2C 7B"));
+    addCommon("C8 C0 05 {50 6C 61 69 6E} F8 27 C1 01 00 F8 EC C0 02 F8 ED 43", PAPER_TYPE);
+    add("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77");
+    if (choices_.color) {
+      addCommon("C0 {02} F8 03 6A C0 50 F8 EF C0 01 F8 EE 40", COLOR_SPACE);
+    } else {
+      addCommon("C0 03 F8 03 C0 {80} F8 EB 6A C0 50 F8 EF C0 00 F8 EE 40", ANY_VALUE);
+    }
+    add("C0 CC F8 2C 7B");
     if (choices_.tall) addStrip(32, "00 00", "00 01");
     addStrip(1, choices_.tall ? "00 01" : "00 00", "08 00");
-    add(fromHex("C1 01 00 F8 31 44"));
+    add("C1 01 00 F8 31 44");
   }
   void addStrip(int bands, const std::string& firstLine, const std::string& height) {
-    add(fromHex("D3 00 00" + firstLine + "F8 4C 6B C0 00 F8 64 C0 02 F8 62 C1 10 00 F8 6C C1" + height + "F8 6B"));
-    add(fromHex("D1 10 00" + height + "F8 67 C0 08 F8 FA C0 02 F8 F9 C1 00 00 F8 F8 C1" + choices_.units + "F8 F7"));
-    add(fromHex("C1 06 00 F8 F6 B0 C1 00 00 F8 6D C1" + height + "F8 63 C0 F6 F8 65 B1 FA"));
-    const Bytes band = fromHex(choices_.band);
-    const auto length = static_cast<std::uint32_t>(2 + static_cast<std::size_t>(bands) * (band.size() + 2));
-    add({static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8), 0, 0});
-    add({0xFF});
-    add({0x2B}, QUANTIZER);
+    add("D3 00 00" + firstLine + "F8 4C 6B C0 00 F8 64 C0 02 F8 62 C1 10 00 F8 6C C1" + height + "F8 6B");
+    add("D1 10 00" + height + "F8 67 C0 08 F8 FA C0 02 F8 F9 C1 00 00 F8 F8 C1" + choices_.units + "F8 F7");
+    add("C1 06 00 F8 F6 B0 C1 00 00 F8 6D C1" + height + "F8 63 C0 F6 F8 65 B1 FA");
+    const Bytes band = unhex(choices_.band);
+    const std::size_t length = 2 + static_cast<std::size_t>(bands) * (band.size() + 2);
+    append({static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8), 0, 0}, STRUCTURE);
+    add("FF {2B}", QUANTIZER);
     for (int i = 0; i < bands; ++i) {
-      add(band, ENTROPY_CODED);
-      add({0xFF, static_cast<std::uint8_t>(0xD0 + i % 8)});
+      append(band, ENTROPY_CODED);
+      append({0xFF, static_cast<std::uint8_t>(0xD0 + i % 8)}, STRUCTURE);
     }
-    add(fromHex("C1 00 00 F8 6D C1" + height + "F8 63 C0 F7 F8 65 B1 FA 01 00 00 00"));
-    add({0xFF}, TAG);
-    add({0xB2});
+    add("C1 00 00 F8 6D C1" + height + "F8 63 C0 F7 F8 65 B1 FA 01 00 00 00 {FF} B2", TAG);
   }
 
   SampleChoices choices_;
@@ -193,7 +161,7 @@ inline constexpr char GREY_BLACK[] = "FF 00 3F FA 2B";
 
 /// The offset of bytes in a job, from `start` on; the job's size when they are not in it.
 inline std::size_t findBytes(const Bytes& job, std::string_view hexText, std::size_t start = 0) {
-  const Bytes wanted = fromHex(hexText);
+  const Bytes wanted = unhex(hexText);
   const auto found =
       std::search(job.begin() + static_cast<std::ptrdiff_t>(start), job.end(), wanted.begin(), wanted.end());
   return static_cast<std::size_t>(found - job.begin());
@@ -209,7 +177,7 @@ inline Bytes replaced(const Bytes& job, const Bytes& from, const Bytes& to) {
   return result;
 }
 inline Bytes replacedHex(const Bytes& job, std::string_view from, std::string_view to) {
-  return replaced(job, fromHex(from), fromHex(to));
+  return replaced(job, unhex(from), unhex(to));
 }
 inline Bytes replacedText(const Bytes& job, std::string_view from, std::string_view to) {
   return replaced(job, Bytes(from.begin(), from.end()), Bytes(to.begin(), to.end()));
