@@ -23,27 +23,55 @@ using test::hex;
 
 constexpr std::size_t WHITE_BAND_PIXELS = 16 * 8;
 
-std::string whiteBand(BandCoder& codec) {
-  return hex(codec.white(16, 8));
+TEST(Wicket, WritesTheseWhiteBands) {
+  struct Case {
+    int index, intervalWidth, lines;
+    std::uint8_t (*change)(WicketSettings*);
+    const char* stream;
+  };
+  constexpr Case CASES[] = {
+      {0, 16, 8, nullptr, "FF 2B FE FE 28 A0 0F FF D0"},
+      {3, 16, 8, nullptr, "FE FE 28 A0 0F FF D3"},
+      {9, 16, 8, nullptr, "FE FE 28 A0 0F FF D1"},
+      {0, 16, 16, nullptr, "FF 2B FE FE 28 A0 0F FF D0 FE FE 28 A0 0F FF D1"},
+      {0, 0, 16, nullptr, "FF 2B FE FE 28 A0 02 8A 00"},  // no interval: the second row's differences are 0
+      {0, 16, 8, setPadQMarker,
+       "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF 2B FE FE 28 A0 0F FF D0"},
+      {1, 16, 8, clearUseDeltaDC, "FE FE 2B FB F8 A0 0F FF D1"},
+  };
+  BandCoder codec;
+  for (const Case& c : CASES) {
+    codec.prepare(c.index, c.intervalWidth);
+    if (c.change != nullptr) c.change(codec.settings.get());
+    EXPECT_EQ(hex(codec.white(16, c.lines)), c.stream);
+    EXPECT_EQ(codec.status, 0);
+  }
 }
 
-TEST(Wicket, WritesAWhiteColourBand) {
+TEST(Wicket, MarksEveryChangeOfQuantiserInTheFirstBandOnly) {
+  struct Case {
+    int index;
+    Bytes map;
+    const char* stream;
+  };
+  const Case greys[] = {
+      {0, {3, 3}, "FF 2B FE FE 28 AF FF D0"},
+      {2, {3, 3, 3}, "FE FE 28 A2 BF FF D2"},
+      {0, {3, 1}, "FF 2B FE FE 2B FF 2C FA A6 BF FF D0"},
+      {1, {3, 1}, "FE FE 2B EA 9A FF D1"},  // without a marker prediction still starts afresh
+      {0, {0, 0}, "FF 2C FA A6 8A FF D0"},  // skipped blocks that are not empty are white
+  };
   BandCoder codec;
-  codec.prepare(0, 16);
-  EXPECT_EQ(whiteBand(codec), "FF 2B FE FE 28 A0 0F FF D0");
-  EXPECT_EQ(codec.status, 0);
-  codec.prepare(3, 16);
-  EXPECT_EQ(whiteBand(codec), "FE FE 28 A0 0F FF D3");
-  codec.prepare(9, 16);
-  EXPECT_EQ(whiteBand(codec), "FE FE 28 A0 0F FF D1");
-}
-
-TEST(Wicket, WritesAWhiteGreyBand) {
-  BandCoder codec;
-  codec.prepare(0, 16);
-  EXPECT_EQ(hex(codec.mono(16, Bytes(WHITE_BAND_PIXELS, 255), {3, 3})), "FF 2B FE FE 28 AF FF D0");
-  codec.prepare(2, 24);
-  EXPECT_EQ(hex(codec.mono(24, Bytes(24 * 8, 255), {3, 3, 3})), "FE FE 28 A2 BF FF D2");
+  for (const auto& [index, map, stream] : greys) {
+    const int width = static_cast<int>(map.size()) * 8;
+    codec.prepare(index, width);
+    EXPECT_EQ(hex(codec.mono(width, Bytes(map.size() * 64, 255), map)), stream);
+  }
+  const Bytes gray(WHITE_BAND_PIXELS, 128);
+  for (const Bytes& map : {Bytes{1, 2}, Bytes{3, 0}, Bytes{2, 3}}) {  // bytes of blocks that share chroma are joined
+    codec.prepare(0, 16);
+    EXPECT_EQ(hex(codec.color(16, Bytes(WHITE_BAND_PIXELS, 255), gray, gray, map)), "FF 2B FE FE 28 A0 0F FF D0");
+  }
 }
 
 TEST(Wicket, WritesABandWithAnEdgeAndColour) {
@@ -62,48 +90,6 @@ TEST(Wicket, WritesABandWithAnEdgeAndColour) {
   EXPECT_EQ(hex(codec.color(16, y, cb, cr, {3, 3})),
             "FE F7 3E CD ED FE 7F EF AA FF 00 1B 5F F8 29 FD B7 FC 6C B7 FE 0A 1F C7 FC DF 37 ED 6B FF 00 AB F7 E2 07 "
             "FB 55 F8 FF 00 82 5C 49 FE E7 FB CF F9 F7 D7 D0 F6 29 FF 00 CB AF FB 97 FF 00 DE 49 FF D5");
-}
-
-TEST(Wicket, RestartsPredictionInEveryBlockRow) {
-  BandCoder codec;
-  codec.prepare(0, 16);
-  EXPECT_EQ(hex(codec.white(16, 16)), "FF 2B FE FE 28 A0 0F FF D0 FE FE 28 A0 0F FF D1");
-  codec.prepare(0, 0);  // no interval: the second row's differences are 0
-  EXPECT_EQ(hex(codec.white(16, 16)), "FF 2B FE FE 28 A0 02 8A 00");
-}
-
-TEST(Wicket, PadsTheQuantiserMarkerWhenAsked) {
-  BandCoder codec;
-  codec.prepare(0, 16);
-  setPadQMarker(codec.settings.get());
-  EXPECT_EQ(whiteBand(codec), "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF 2B FE FE 28 A0 0F FF D0");
-}
-
-TEST(Wicket, CodesDcValuesThemselvesWithoutPrediction) {
-  BandCoder codec;
-  codec.prepare(1, 16);
-  clearUseDeltaDC(codec.settings.get());
-  EXPECT_EQ(whiteBand(codec), "FE FE 2B FB F8 A0 0F FF D1");
-}
-
-TEST(Wicket, MarksEveryChangeOfQuantiserInTheFirstBandOnly) {
-  BandCoder codec;
-  const Bytes white(WHITE_BAND_PIXELS, 255);
-  codec.prepare(0, 16);
-  EXPECT_EQ(hex(codec.mono(16, white, {3, 1})), "FF 2B FE FE 2B FF 2C FA A6 BF FF D0");
-  codec.prepare(1, 16);  // without a marker prediction still starts afresh
-  EXPECT_EQ(hex(codec.mono(16, white, {3, 1})), "FE FE 2B EA 9A FF D1");
-  codec.prepare(0, 16);  // skipped blocks that are not empty are white
-  EXPECT_EQ(hex(codec.mono(16, white, {0, 0})), "FF 2C FA A6 8A FF D0");
-}
-
-TEST(Wicket, JoinsTheMapBytesOfBlocksThatShareChroma) {
-  BandCoder codec;
-  const Bytes gray(WHITE_BAND_PIXELS, 128);
-  for (const Bytes& map : {Bytes{1, 2}, Bytes{3, 0}, Bytes{2, 3}}) {
-    codec.prepare(0, 16);
-    EXPECT_EQ(hex(codec.color(16, Bytes(WHITE_BAND_PIXELS, 255), gray, gray, map)), "FF 2B FE FE 28 A0 0F FF D0");
-  }
 }
 
 TEST(Wicket, InterleavesFullResolutionChromaBlockByBlock) {
