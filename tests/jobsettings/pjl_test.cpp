@@ -85,30 +85,6 @@ TEST_F(Pjl, AJobWithoutOptionsWritesSeventeenLines) {
       << text;
 }
 
-TEST_F(Pjl, WritesEveryOptionThatIsSetInItsPlace) {
-  makeColourDuplex();
-  const std::string text = headerOf(
-      "Sharpen=off TonerSave=On improve=tonerFix reduceGhost=On printDensity=no ColorPreferences=Vivid "
-      "InkToUse=BlackOnly Collate=true DupDryTime=30 PageSize=A4.FullBleed");
-  EXPECT_TRUE(contains(text,
-                       "@PJL SET LSHARPEN=OFF\n"
-                       "@PJL SET LCOLORMODEL=CMYK\n"
-                       "@PJL SET ECONOMODE=ON\n"
-                       "@PJL SET FIMPROVE=TONERFIX\n"
-                       "@PJL SET FGHOST=ON\n"
-                       "@PJL SET FDENSITY=OFF\n"
-                       "@PJL SET LCTPREFERENCE=GRAPHIC\n"
-                       "@PJL SET LINKSET=BLACKONLY\n"
-                       "@PJL SET LIMAGEBRIGHTNESS=0\n"))
-      << text;
-  EXPECT_TRUE(contains(text,
-                       "@PJL SET LCOLLATION=ON\n"
-                       "@PJL SET LDRYTIMEDELAY=30\n"
-                       "@PJL SET RESOLUTION=600\n"
-                       "@PJL SET LPAGEMODE=EDGETOEDGE\n"))
-      << text;
-}
-
 TEST_F(Pjl, LeavesOutADryTimeWhoseTextSaysInvalidOption) {
   EXPECT_FALSE(contains(headerOf("DupDryTime=INVALIDOPTION"), "LDRYTIMEDELAY"));
 }
