@@ -1,0 +1,196 @@
+// A raster stream through the whole page pipeline: its bytes on standard input, the page loop, the image thread, the
+// job. The job reader has to find the job good, with the pages and the pixels that a plain model expects.
+#include <cmath>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "filter/joberror.h"
+#include "filter/jobstate.h"
+#include "filter/pageloop.h"
+#include "filter/session.h"
+#include "fuzz/copyplan.h"
+#include "fuzz/jobjudge.h"
+#include "fuzz/picture.h"
+#include "fuzz/rastermodel.h"
+#include "jobsettings/optionsource.h"
+#include "jobsettings/optionvalues.h"
+#include "jobsettings/pjl.h"
+#include "kestojob/reader/jobcheck.h"
+
+namespace {
+
+using namespace kesto;
+using fuzz::Bytes;
+using fuzz::Input;
+using fuzz::RasterPage;
+using fuzz::require;
+
+/// What one execution may print, copies and all.
+constexpr std::size_t MOST_PIXELS = 100'000;
+
+/// What the codec and the rounding of colours, chroma pairs and the decoder may cost together.
+constexpr double WORST_ERROR = 7;
+
+/// Standard input with these bytes in it.
+void provideInput(const Bytes& bytes) {
+  const int file = memfd_create("raster", 0);
+  require(write(file, bytes.data(), bytes.size()) == std::ssize(bytes) && lseek(file, 0, SEEK_SET) == 0);
+  if (file == STDIN_FILENO) return;
+  dup2(file, STDIN_FILENO);
+  close(file);
+}
+
+void append(Bytes& stream, const void* bytes, std::size_t count) {
+  const auto* first = static_cast<const std::uint8_t*>(bytes);
+  stream.insert(stream.end(), first, first + count);
+}
+
+/// Pages out of a few bytes each, as a renderer would send them.
+Bytes readPages(Input& in) {
+  constexpr std::uint32_t SYNC = 0x52615333;  // "RaS3": not compressed, in the host's byte order
+  constexpr std::array SPACES = {CUPS_CSPACE_RGB, CUPS_CSPACE_W, CUPS_CSPACE_SRGB, CUPS_CSPACE_K, CUPS_CSPACE_CMY};
+  Bytes stream;
+  append(stream, &SYNC, sizeof SYNC);
+  std::uint8_t last = 0;
+  for (int page = 0; page < 4 && !in.empty(); ++page) {
+    cups_page_header2_t header = {};
+    last = in.byte();
+    header.cupsColorSpace = SPACES[(last & 7U) % SPACES.size()];
+    const bool grey = header.cupsColorSpace == CUPS_CSPACE_W || header.cupsColorSpace == CUPS_CSPACE_K;
+    header.Duplex = (last & 8) != 0 ? CUPS_TRUE : CUPS_FALSE;
+    header.cupsRowStep = (last & 16) != 0 ? MIRROR_BY_FILTER : 1;
+    header.HWResolution[0] = header.HWResolution[1] = (last & 32) != 0 ? 300 : 600;
+    header.cupsWidth = in.number(1, 100);
+    header.cupsHeight = in.number(1, 300);
+    header.cupsBitsPerColor = 8;
+    header.cupsNumColors = grey ? 1 : 3;
+    header.cupsBitsPerPixel = 8 * header.cupsNumColors;
+    header.cupsBytesPerLine = header.cupsWidth * header.cupsNumColors;
+    append(stream, &header, sizeof header);
+    const Bytes pixels = fuzz::readPicture(in, header.cupsBytesPerLine, header.cupsHeight);
+    append(stream, pixels.data(), pixels.size());
+  }
+  if ((last & 64) != 0) stream.resize(stream.size() - std::min<std::size_t>(stream.size(), in.word16()));
+  return stream;
+}
+
+/// The pages of a job, decoded, row by row.
+class PageCollector : public job::PageSink {
+ public:
+  [[nodiscard]] job::PixelForm form() const override { return {.divisor = 1, .ycbcr = true}; }
+  void beginPage(const job::PageLayout& layout) override {
+    components_ = layout.color ? 3 : 1;
+    pages.emplace_back();
+  }
+  void rows(std::span<const std::uint8_t> pixels, std::size_t rowBytes) override {
+    for (; !pixels.empty(); pixels = pixels.subspan(rowBytes)) {
+      auto& row = pages.back().emplace_back(rowBytes / components_, fuzz::WHITE);
+      for (std::size_t i = 0; i < rowBytes; ++i) row[i / components_][i % components_] = pixels[i];
+    }
+  }
+  void tags(std::uint8_t packed, std::uint64_t /*count*/) override { require(packed == 0xFF); }
+  [[nodiscard]] std::size_t components() const { return components_; }
+
+  std::vector<fuzz::Picture> pages;
+
+ private:
+  std::size_t components_ = 1;
+};
+
+void requireSame(const fuzz::Picture& got, const fuzz::Picture& due, std::size_t components) {
+  require(got.size() == due.size() && got[0].size() == due[0].size());
+  for (std::size_t y = 0; y < due.size(); ++y) {
+    for (std::size_t x = 0; x < due[y].size(); ++x) {
+      require(std::abs(got[y][x][0] - due[y][x][0]) <= WORST_ERROR);
+      for (std::size_t i = 1; i < components; ++i) {  // a pair of pixels shares its chroma
+        const double mean = (due[y][x & ~std::size_t{1}][i] + due[y][x | 1][i]) / 2;
+        require(std::abs(got[y][x][i] - mean) <= WORST_ERROR);
+      }
+    }
+  }
+}
+
+struct Job {
+  std::string ticket;
+  std::int32_t copies = 1;
+  bool jobSheet = false;
+};
+
+/// The size of every page.
+struct Size {
+  std::size_t width = 0, height = 0;
+};
+
+Size sizeOf(const RasterPage& first, const JobSetting& setting) {
+  const bool custom = setting.mediaSizeType == MEDIA_SIZE_CUSTOM;
+  const std::size_t width = (first.header.cupsWidth + 15) / 16 * 16;
+  return {custom ? static_cast<std::uint32_t>(setting.customPixelWidth) : width, (first.header.cupsHeight + 7) / 8 * 8};
+}
+
+void requireJob(const Bytes& bytes, const Job& job, const std::vector<RasterPage>& pages, const JobSetting& setting,
+                Size size) {
+  PageCollector collector;
+  job::checkJob(bytes, &collector);
+  const auto plan = fuzz::copyPlan(job.jobSheet ? std::min<std::size_t>(pages.size(), 1) : pages.size(),
+                                   job.jobSheet ? 1 : job.copies, setting.duplex == ON && !job.jobSheet, false);
+  require(collector.pages.size() == plan.size());
+  for (std::size_t i = 0; i < plan.size(); ++i) {
+    const RasterPage blank;
+    const RasterPage& page = plan[i].page == fuzz::BLANK ? blank : pages[static_cast<std::size_t>(plan[i].page)];
+    requireSame(collector.pages[i], fuzz::printed(page, size.width, size.height, setting.mirror == MIRROR_BY_FILTER),
+                collector.components());
+  }
+}
+
+/// The job as the filter's main flow runs it, without a renderer and a print thread.
+void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>& pages) {
+  const bool pageFollows = raster.readHeader();
+  require(pageFollows == !pages.empty());
+  if (!raster.fault().empty()) return;
+  JobSetting setting = {};
+  initializeJobSetting(&setting, raster.header(), job.ticket.c_str());
+  const Size size = pageFollows ? sizeOf(pages[0], setting) : Size{};
+  if (size.width * size.height * pages.size() * static_cast<std::size_t>(job.copies) > MOST_PIXELS) return;
+  jobsetting = &setting;
+  const fuzz::JobInMemory output;
+  try {
+    PageLoop loop(raster, job.jobSheet ? "job-sheet" : nullptr, job.copies, pageFollows);
+    writePJLHeader(setting, "title", "user", nullptr);
+    startSession(setting.resolution);
+    loop.run();
+    loop.free();
+    endSession();
+    writePJLEndOfJob();
+    loop.stopImageThread();
+    require(loop.leftEarly() == (pageFollows && job.jobSheet));
+  } catch (const JobError&) {
+    return require(size.width == 0);
+  }
+  if (fuzz::canBeGood(setting)) requireJob(output.take(), job, pages, setting, size);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static char name[] = "fuzz";
+  static char* const arguments[] = {name, name, name, name, name, name, nullptr};
+  static const Renderer renderer("/nowhere", arguments, "/nowhere/document.pdf");  // has ended, like every renderer
+
+  Input in(data, size);
+  const std::uint8_t choices = in.byte();
+  const Job job = {.ticket = in.text(), .copies = 1 + (choices >> 1 & 3), .jobSheet = (choices & 8) != 0};
+  const Bytes stream = (choices & 1) != 0 ? in.rest() : readPages(in);
+  const auto pages = fuzz::readRaster(stream, MOST_PIXELS);
+  if (!pages) return 0;
+  provideInput(stream);
+  collatedFlag_Prototype = 0;
+  imageThreadFailure.store(0);
+  {
+    RasterStream raster(renderer);
+    runJob(raster, job, *pages);
+  }
+  jobsetting = nullptr;
+  releaseOptionSource();
+  return 0;
+}

@@ -1,0 +1,132 @@
+// Tag planes through the coder and back, and anything at all into the decoder, against a decoder of a few lines.
+#include "codec/tbrle.h"
+#include "fuzz/input.h"
+#include "fuzz/require.h"
+#include "kestojob/reader/tagblock.h"
+
+namespace {
+
+using namespace kesto;
+using fuzz::Bytes;
+using fuzz::Input;
+using fuzz::require;
+
+std::uint32_t sizeOf(const Bytes& bytes) {
+  return static_cast<std::uint32_t>(bytes.size());
+}
+
+/// The packed bytes that a stream of more than one byte stands for; false when it ends inside a literal.
+bool expand(const Bytes& stream, Bytes& packed) {
+  for (std::size_t at = 0; at < stream.size();) {
+    const std::uint8_t head = stream[at++];
+    if (head >= 0x80) {
+      constexpr std::size_t UNITS[] = {1, 8, 64, 512};
+      packed.insert(packed.end(), ((head & 7U) + 1) * UNITS[head >> 3 & 3],
+                    static_cast<std::uint8_t>((head >> 5 & 3) * 0x55));
+    } else {
+      if (stream.size() - at < head + 1U) return false;
+      packed.insert(packed.end(), stream.begin() + at, stream.begin() + at + head + 1);
+      at += head + 1U;
+    }
+  }
+  return true;
+}
+
+/// Runs of tags: what most planes are made of.
+Bytes readTagPlane(Input& in) {
+  Bytes tags;
+  while (!in.empty() && tags.size() < 200'000) {
+    const std::uint8_t what = in.byte();
+    const std::size_t count = (what & 0x80) != 0 ? in.word16() : what >> 3 & 15;
+    tags.insert(tags.end(), count, what & 7);
+  }
+  return tags;
+}
+
+bool standFor(const Bytes& tags, const Bytes& packed) {
+  for (std::size_t i = 0; i < tags.size(); ++i) {
+    const unsigned code = packed[i / 4] >> (i % 4 * 2) & 3;
+    if (tags[i] != 0 && code != (tags[i] & 3U)) return false;
+  }
+  return true;
+}
+
+/// True when the job reader, too, finds exactly these packed bytes.
+bool isReadAs(const Bytes& stream, const Bytes& packed) {
+  job::ByteSource source(stream);
+  job::BlockReader block(source, stream.size());
+  Bytes read;
+  job::readTags(block, packed.size(),
+                [&read](std::uint8_t byte, std::uint64_t count) { read.insert(read.end(), count, byte); });
+  return read == packed;
+}
+
+void encode(Input& in) {
+  const std::uint32_t smallCapacity = in.word16();
+  const Bytes tags = readTagPlane(in);
+  Bytes stream(2 * tags.size());
+  stream.resize(tbrle_encode(sizeOf(stream), stream.data(), sizeOf(tags), tags.data()));
+  const bool good =
+      !tags.empty() && tags.size() % 4 == 0 && std::ranges::all_of(tags, [](auto tag) { return tag <= 4; });
+  require(good == !stream.empty());
+
+  Bytes small(smallCapacity);
+  small.resize(tbrle_encode(sizeOf(small), small.data(), sizeOf(tags), tags.data()));
+  require(small.empty() || small == stream);
+  if (!good) return;
+  Bytes packed(tags.size() / 4);
+  require(tbrle_decode(sizeOf(packed), packed.data(), sizeOf(stream), stream.data(), sizeOf(packed), sizeOf(packed)) ==
+          packed.size());
+  require(standFor(tags, packed) && isReadAs(stream, packed));
+}
+
+void decode(Input& in) {
+  constexpr std::uint8_t UNTOUCHED = 0x77;
+  const std::uint32_t outSize = in.word16();
+  const std::uint32_t lineWidth = in.number(0, 300);
+  const std::uint32_t stride = lineWidth + in.byte() - 2;
+  const Bytes stream = in.rest();
+  Bytes out(outSize, UNTOUCHED);
+  const std::uint32_t end = tbrle_decode(outSize, out.data(), sizeOf(stream), stream.data(), lineWidth, stride);
+  Bytes packed;
+  const bool good =
+      lineWidth > 0 && stride >= lineWidth && !stream.empty() && (stream.size() == 1 || expand(stream, packed));
+  if (!good) return require(end == 0);
+  if (stream.size() == 1) return require(end == outSize && std::ranges::count(out, stream[0]) == std::ssize(out));
+
+  const std::size_t lines = (packed.size() + lineWidth - 1) / lineWidth;
+  const std::size_t room = (lines - 1) * stride + packed.size() - (lines - 1) * lineWidth;
+  if (room > outSize) return require(end == 0);
+  require(end == room);
+  for (std::size_t i = 0; i < end; ++i) {
+    const std::size_t column = i % stride;
+    require(out[i] == (column < lineWidth ? packed[i / stride * lineWidth + column] : UNTOUCHED));
+  }
+}
+
+void encodePattern(Input& in) {
+  const std::uint32_t room = in.byte();
+  const std::uint32_t pattern = in.number(0, 4);
+  const std::uint32_t count = in.word32() & 0xFFFFF;
+  Bytes run(room);
+  run.resize(encode_pattern(run.data(), room, pattern, count));
+  Bytes packed;
+  if (!run.empty()) require(expand(run, packed) && packed == Bytes(count, static_cast<std::uint8_t>(pattern * 0x55)));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Input in(data, size);
+  switch (in.byte() % 3) {
+    case 0:
+      encode(in);
+      break;
+    case 1:
+      decode(in);
+      break;
+    default:
+      encodePattern(in);
+  }
+  return 0;
+}

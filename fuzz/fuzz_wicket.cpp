@@ -1,0 +1,264 @@
+// Bands through the codec. Bands as jobs have them: every way through a band gives the same bytes, and libjpeg decodes
+// the picture that went in. Bands as nobody asks for them, with settings of any kind: all ways agree, whatever they do.
+#include <cstdlib>
+#include <functional>
+#include <optional>
+
+#include "codec/bandcoder.h"
+#include "codec/fastband.h"
+#include "codec/wicketsegment.h"
+#include "fuzz/input.h"
+#include "fuzz/picture.h"
+#include "fuzz/require.h"
+#include "kestojob/reader/banddecoder.h"
+#include "kestojob/reader/entropycheck.h"
+#include "kestojob/reader/fault.h"
+#include "kestojob/reader/wicketblock.h"
+
+namespace {
+
+using namespace kesto;
+using fuzz::Bytes;
+using fuzz::Input;
+using fuzz::require;
+
+constexpr unsigned LINES = 8;
+
+/// Coefficients are rounded to whole units, so each is half a unit off at most: in the worst of all blocks, where all
+/// 64 add up, that is 3.5 in a pixel. The transforms of both sides round as well.
+constexpr int WORST_ERROR = 5;
+
+struct Band {
+  std::int32_t width = 0;
+  std::int32_t pixels = 0;
+  std::int32_t capacity = 0;
+  Bytes map;
+  std::vector<Bytes> planes;  ///< grey, or Y, Cb and Cr
+  bool separated = false;     ///< colour in a stream for each plane
+};
+
+/// What a band leaves behind.
+struct Outcome {
+  std::int32_t status = 0;
+  std::vector<Bytes> streams;
+  std::array<std::int32_t, 8> records{};
+  bool operator==(const Outcome&) const = default;
+};
+
+using Prepare = std::function<void(test::BandCoder&)>;
+
+Outcome compress(BandWay way, const Band& band, const Prepare& prepare) {
+  static std::array<test::BandCoder, 3> codecs;
+  test::BandCoder& codec = codecs[static_cast<std::size_t>(way)];
+  *codec.settings = {};
+  prepare(codec);
+  limitBandWay(way);
+  const auto blocks = static_cast<std::int32_t>(band.map.size());
+  const bool color = band.planes.size() == 3;
+  std::array<Bytes, 3> out;
+  for (Bytes& stream : out) stream.resize(static_cast<std::size_t>(std::max(band.capacity, 1)));
+  std::array<std::int32_t, 3> length{};
+  Outcome outcome;
+  if (!color) {
+    setSampleType(SAMPLE_TYPE_444, codec.settings.get());
+    outcome.status =
+        wicketCompressMonoPlane(blocks, band.map.data(), band.width, band.pixels, band.planes[0].data(), band.capacity,
+                                out[0].data(), length.data(), codec.settings.get(), codec.coder.get());
+  } else if (band.separated) {
+    outcome.status = wicketCompressSeparatedPlanes(
+        blocks, band.map.data(), band.width, band.pixels, band.planes[0].data(), band.planes[1].data(),
+        band.planes[2].data(), band.capacity, out[0].data(), out[1].data(), out[2].data(), &length[0], &length[1],
+        &length[2], codec.settings.get(), codec.coder.get());
+  } else {
+    outcome.status = wicketCompressPlanes(blocks, band.map.data(), band.width, band.pixels, band.planes[0].data(),
+                                          band.planes[1].data(), band.planes[2].data(), band.capacity, out[0].data(),
+                                          length.data(), codec.settings.get(), codec.coder.get());
+  }
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    require(length[i] >= 0 && length[i] <= std::max(band.capacity, 0));
+    out[i].resize(static_cast<std::size_t>(length[i]));
+    outcome.streams.push_back(out[i]);
+  }
+  const WicketSettings& settings = *codec.settings;
+  const WicketCoder& coder = *codec.coder;
+  outcome.records = {settings.restartMcuCount,
+                     settings.dcPredictor[0],
+                     settings.dcPredictor[1],
+                     settings.dcPredictor[2],
+                     coder.restartNumber,
+                     static_cast<std::int32_t>(coder.bitBuffer),
+                     static_cast<std::int32_t>(coder.bitCount),
+                     static_cast<std::int32_t>(coder.coefficientIndex)};
+  return outcome;
+}
+
+/// The band by the literal way, after a look at whether the others agree.
+Outcome compressAllWays(const Band& band, const Prepare& prepare) {
+  Outcome literal = compress(BandWay::LITERAL, band, prepare);
+  for (const BandWay way : {BandWay::BASIC, BandWay::SPECIFIC}) require(compress(way, band, prepare) == literal);
+  return literal;
+}
+
+/// The pixels of a band, grey or Y, Cb and Cr, as the job reader sees them.
+std::optional<Bytes> decode(const Bytes& stream, const job::BandShape& shape, unsigned index) {
+  static const job::WicketTables tables = job::standardTables();
+  static const job::EntropyCheck entropy(tables);
+  static job::BandDecoder decoder(tables, {.divisor = 1, .ycbcr = true});
+  // A band other than a strip's first begins with no marker for its quantiser; it ends with that of its own number.
+  require(stream.size() >= 2 && stream.end()[-2] == 0xFF && stream.end()[-1] == 0xD0 + index % 8);
+  const std::size_t marker = index == 0 ? 2 : 0;
+  const auto data = std::span(stream).subspan(marker, stream.size() - marker - 2);
+  if (index == 0) require(stream[0] == 0xFF && stream[1] == (shape.scaled ? 0x2C : 0x2B));
+  try {
+    entropy.check(data, shape.width / (shape.color ? 16 : 8), shape.color, 0);
+    const auto pixels = decoder.decode(shape, data);
+    return Bytes(pixels.begin(), pixels.end());
+  } catch (const std::runtime_error&) {
+    return std::nullopt;
+  }
+}
+
+/// What the decoder gives back at best: chroma is the mean of a pair, rounded down.
+int expected(const Band& band, std::size_t plane, std::size_t at) {
+  const Bytes& bytes = band.planes[plane];
+  return plane == 0 ? bytes[at] : 128 + ((bytes[at & ~std::size_t{1}] + bytes[at | 1] - 256) >> 1);
+}
+
+void requirePicture(const Band& band, const Bytes& pixels) {
+  const std::size_t components = band.planes.size();
+  require(pixels.size() == components * static_cast<std::size_t>(band.pixels));
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    require(std::abs(pixels[i] - expected(band, i % components, i / components)) <= WORST_ERROR);
+  }
+}
+
+Band readBand(Input& in, std::uint32_t width, std::uint32_t lines) {
+  Band band;
+  band.width = static_cast<std::int32_t>(width);
+  band.pixels = static_cast<std::int32_t>(width * lines);
+  const bool color = in.flag();
+  for (int plane = 0; plane < (color ? 3 : 1); ++plane) band.planes.push_back(fuzz::readPicture(in, width, lines));
+  return band;
+}
+
+/// A band as a page has it.
+void jobBand(Input& in) {
+  const unsigned index = in.number(0, 31);
+  const bool scaled = in.number(0, 7) == 7;
+  Band band = readBand(in, 16 * in.number(1, 24), LINES);
+  // A strip has one quantiser. The writer of bands can do without the table's; the decoder is told.
+  band.map.assign(static_cast<std::size_t>(band.width) / 8, scaled ? 1 : 3);
+  band.capacity = 4 * band.pixels;
+  const Outcome outcome =
+      compressAllWays(band, [&](test::BandCoder& codec) { codec.prepare(static_cast<int>(index), band.width); });
+  require(outcome.status == CODEC_OK);
+  const job::BandShape shape{static_cast<unsigned>(band.width), band.planes.size() == 3, scaled};
+  const auto pixels = decode(outcome.streams[0], shape, index);
+  require(pixels.has_value());
+  if (!scaled) requirePicture(band, *pixels);
+}
+
+/// Settings of any kind, told and asked for.
+void changeSettings(Input in, WicketSettings& settings, WicketCoder& coder) {
+  while (!in.empty()) {
+    const std::uint8_t value = in.byte();
+    switch (in.byte() % 12) {
+      case 0: {
+        constexpr std::uint32_t TYPES[] = {0x444, 0x422, 0x420, 0x411};
+        const bool known = (value & 3) != 3;
+        require((setSampleType(TYPES[value & 3], &settings) == CODEC_OK) == known);
+        require(querySampleType(&settings) == (known ? TYPES[value & 3] : SAMPLE_TYPE_444));
+        break;
+      }
+      case 1:
+        setRestartInterval(static_cast<std::int8_t>(value), &settings);
+        require(queryRestartInterval(&settings) == static_cast<std::int8_t>(value));
+        break;
+      case 2:
+        require((setQFactor(value, &settings) == CODEC_OK) == (value >= 1 && value <= 100));
+        break;
+      case 3:
+        if (setQFactor2(value, value / 2 + 1, &settings) == CODEC_OK) require(queryQFactor(&settings) != 0);
+        break;
+      case 4:
+        static_cast<void>((value & 1) != 0 ? setPadQMarker(&settings) : clearPadQMarker(&settings));
+        require(queryPadQMarker(&settings) == (value & 1));
+        break;
+      case 5:
+        static_cast<void>((value & 1) != 0 ? setUseDeltaDC(&settings) : clearUseDeltaDC(&settings));
+        require(queryUseDeltaDC(&settings) == (value & 1));
+        break;
+      case 6:
+        static_cast<void>((value & 1) != 0 ? setDumpPlanes(&settings) : clearDumpPlanes(&settings));
+        require(queryDumpPlanes(&settings) == (value & 1));
+        break;
+      case 7:
+        static_cast<void>((value & 1) != 0 ? wicketSetByteStuffing(&coder) : wicketClearByteStuffing(&coder));
+        require(wicketQueryByteStuffing(&coder) == (value & 1));
+        break;
+      case 8: {
+        const std::int32_t status = value;
+        setWicket(&settings, &coder, value == 255 ? nullptr : &status);
+        break;
+      }
+      case 9:
+        reinitialize(&settings, &coder);
+        break;
+      case 10:
+        setPlanarZigZag(value % 5, 8U * (value / 5), value % 3, value % 4, &settings);
+        break;
+      default:
+        settings.restartMcuCount = value;
+        clearRestartMcuCount(&settings);
+        settings.firstBand = value & 1;
+    }
+  }
+}
+
+/// Every segment lies within the stream, behind the one before it.
+void requireSegments(const Bytes& stream) {
+  WicketSettings settings;
+  require(setSegmentStream(stream.data(), static_cast<std::uint32_t>(stream.size()), &settings) ==
+          (stream.data() == nullptr ? CODEC_NULL_POINTER : CODEC_OK));
+  if (stream.empty()) return;
+  const std::uint8_t* segment = nullptr;
+  const std::uint8_t* end = stream.data();
+  std::uint32_t length = 0;
+  while (getSegment(&segment, &length, &settings) == CODEC_OK) {
+    require(segment >= end && segment + length <= stream.data() + stream.size());
+    end = segment + length;
+  }
+  require(settings.segmentBytesLeft == 0);
+}
+
+/// A band with claims and settings of any kind.
+void oddBand(Input& in) {
+  Band band = readBand(in, in.number(0, 70), in.number(0, 33));
+  band.separated = in.flag();
+  const std::uint8_t odd = in.byte();
+  if ((odd & 1) != 0) band.width = static_cast<std::int8_t>(in.byte());
+  const std::uint32_t blocks = (odd & 2) != 0 ? in.byte() : static_cast<std::uint32_t>(band.pixels) / 64;
+  band.capacity = (odd & 4) != 0 ? static_cast<std::int16_t>(in.word16()) : 4 * band.pixels;
+  const std::uint8_t firstMap = in.byte();
+  band.map = in.bytes((odd & 8) != 0 ? blocks : 0);
+  band.map.resize(blocks, firstMap & 3);
+  if ((odd & 16) != 0) band.planes.back().clear();  // whose pointer is null
+  const Bytes settings = in.rest();
+  const Outcome outcome = compressAllWays(band, [&](test::BandCoder& codec) {
+    codec.prepare(firstMap >> 3, std::max(band.width, 8));
+    changeSettings(Input(settings.data(), settings.size()), *codec.settings, *codec.coder);
+  });
+  for (const Bytes& stream : outcome.streams) requireSegments(stream);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Input in(data, size);
+  if (in.flag()) {
+    oddBand(in);
+  } else {
+    jobBand(in);
+  }
+  return 0;
+}

@@ -1,0 +1,104 @@
+// The pages of a raster stream and what they look like in print, told in the plainest way: floating-point colours,
+// whole pages in memory.
+#pragma once
+
+#include <array>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include <cups/raster.h>
+
+#include "fuzz/input.h"
+
+namespace kesto::fuzz {
+
+/// Y, Cb and Cr.
+using Color = std::array<double, 3>;
+inline constexpr Color WHITE = {255, 128, 128};
+
+using Picture = std::vector<std::vector<Color>>;  // by row
+
+struct RasterPage {
+  cups_page_header2_t header = {};
+  std::vector<Bytes> rows;  ///< those that arrived
+
+  [[nodiscard]] bool isComplete() const { return rows.size() == header.cupsHeight; }
+};
+
+inline bool isInk(unsigned space) {
+  return space == CUPS_CSPACE_K || space == CUPS_CSPACE_CMY;
+}
+
+/// True for a page that can be printed.
+inline bool isPrintable(const cups_page_header2_t& header) {
+  std::uint32_t space = 0;  // which may be no value of its enumeration
+  std::uint32_t order = 0;
+  std::memcpy(&space, &header.cupsColorSpace, sizeof space);
+  std::memcpy(&order, &header.cupsColorOrder, sizeof order);
+  const auto isOneOf = [space](std::initializer_list<cups_cspace_t> spaces) {
+    return std::ranges::any_of(spaces, [space](cups_cspace_t s) { return static_cast<std::uint32_t>(s) == space; });
+  };
+  const bool grey =
+      header.cupsBitsPerPixel == 8 && isOneOf({CUPS_CSPACE_W, CUPS_CSPACE_SW, CUPS_CSPACE_K, CUPS_CSPACE_RGB});
+  const bool color = header.cupsBitsPerPixel == 24 &&
+                     isOneOf({CUPS_CSPACE_W, CUPS_CSPACE_RGB, CUPS_CSPACE_SRGB, CUPS_CSPACE_ADOBERGB, CUPS_CSPACE_CMY});
+  return (grey || color) && order == CUPS_ORDER_CHUNKED && header.cupsWidth >= 1 && header.cupsWidth <= 65520 &&
+         header.cupsHeight >= 1 && header.cupsHeight <= 32768 &&
+         header.cupsBytesPerLine == header.cupsWidth * (color ? 3 : 1);
+}
+
+/// The stream's pages up to the first that cannot be printed or is not complete. Nothing when there is a page of more
+/// than `mostPixels`.
+inline std::optional<std::vector<RasterPage>> readRaster(std::span<const std::uint8_t> stream, std::size_t mostPixels) {
+  const auto take = [](void* rest, unsigned char* bytes, std::size_t count) -> ssize_t {
+    auto& left = *static_cast<std::span<const std::uint8_t>*>(rest);
+    const auto taken = left.first(std::min(count, left.size()));
+    std::ranges::copy(taken, bytes);
+    left = left.subspan(taken.size());
+    return static_cast<ssize_t>(taken.size());
+  };
+  std::vector<RasterPage> pages;
+  cups_raster_t* raster = cupsRasterOpenIO(take, &stream, CUPS_RASTER_READ);
+  bool small = true;
+  for (RasterPage page; small && (pages.empty() || pages.back().isComplete()) && raster != nullptr &&
+                        cupsRasterReadHeader2(raster, &page.header) != 0 && isPrintable(page.header);
+       page = {}) {
+    small = std::size_t{page.header.cupsWidth} * page.header.cupsHeight <= mostPixels;
+    Bytes row(page.header.cupsBytesPerLine);
+    while (small && !page.isComplete() &&
+           cupsRasterReadPixels(raster, row.data(), page.header.cupsBytesPerLine) == row.size()) {
+      page.rows.push_back(row);
+    }
+    pages.push_back(page);
+  }
+  if (raster != nullptr) cupsRasterClose(raster);
+  return small ? std::optional(pages) : std::nullopt;
+}
+
+/// BT.601 at full range, as in JFIF.
+inline Color colorOf(double r, double g, double b) {
+  const double y = 0.299 * r + 0.587 * g + 0.114 * b;
+  return {y, 128 + (b - y) / 1.772, 128 + (r - y) / 1.402};
+}
+
+inline Color colorAt(const RasterPage& page, std::size_t x, std::size_t y) {
+  if (y >= page.rows.size() || x >= page.header.cupsWidth) return WHITE;
+  const std::size_t bytes = page.header.cupsBitsPerPixel / 8;
+  const auto sample = [&](std::size_t i) {
+    const std::uint8_t value = page.rows[y][x * bytes + i % bytes];
+    return isInk(page.header.cupsColorSpace) ? 255 - value : value;
+  };
+  return colorOf(sample(0), sample(1), sample(2));
+}
+
+/// The page as it is printed: cut or filled up with white to a size.
+inline Picture printed(const RasterPage& page, std::size_t width, std::size_t height, bool mirrored) {
+  Picture picture(height, std::vector<Color>(width));
+  for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t x = 0; x < width; ++x) picture[y][mirrored ? width - 1 - x : x] = colorAt(page, x, y);
+  }
+  return picture;
+}
+
+}  // namespace kesto::fuzz
