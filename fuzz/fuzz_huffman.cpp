@@ -96,14 +96,16 @@ void writeAndRead(Input& in) {
     const std::uint32_t before = coder->outCount * 8 + coder->bitCount;
     const std::int32_t status = write(symbol, coder);
     require(coder->outCount <= capacity);
-    require(status == CODEC_OK || status == CODEC_OUTPUT_FULL || coder->outCount * 8 + coder->bitCount == before);
-    require(!full || status != CODEC_OK || symbol.kind == DC || symbol.kind == AC || symbol.kind >= RESTART);
+    const bool refused = status == CODEC_MAGNITUDE || status == CODEC_INVALID_SYMBOL;
+    require(refused ? coder->outCount * 8 + coder->bitCount == before
+                    : status == CODEC_OK || status == CODEC_OUTPUT_FULL);
     full = full || status == CODEC_OUTPUT_FULL;
+    require(!full || coder->outCount == capacity);
     if (status == CODEC_OK) symbols.push_back(symbol);
   }
   std::uint32_t length = 0;
   full = finishEncoding(&length, coder) != CODEC_OK || full;
-  require(length <= capacity);
+  require(length <= capacity && (!full || length == capacity));
   if (full || stream.empty()) return;
   require(decodeData(stream.data(), length, coder) == CODEC_OK);
   for (const Symbol& symbol : symbols) requireSymbol(symbol, restarts, coder);

@@ -151,7 +151,8 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
   JobSetting setting = {};
   initializeJobSetting(&setting, raster.header(), job.ticket.c_str());
   const Size size = pageFollows ? sizeOf(pages[0], setting) : Size{};
-  if (size.width * size.height * pages.size() * static_cast<std::size_t>(job.copies) > MOST_PIXELS) return;
+  const std::size_t printedPages = pages.size() * static_cast<std::size_t>(job.copies);
+  if (size.width <= 65520 && size.width * size.height * printedPages > MOST_PIXELS) return;
   jobsetting = &setting;
   const fuzz::JobInMemory output;
   try {
@@ -165,7 +166,7 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
     loop.stopImageThread();
     require(loop.leftEarly() == (pageFollows && job.jobSheet));
   } catch (const JobError&) {
-    return require(size.width == 0);
+    return require(size.width == 0 || size.width > 65520);
   }
   if (fuzz::canBeGood(setting)) requireJob(output.take(), job, pages, setting, size);
 }
@@ -181,11 +182,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::uint8_t choices = in.byte();
   const Job job = {.ticket = in.text(), .copies = 1 + (choices >> 1 & 3), .jobSheet = (choices & 8) != 0};
   const Bytes stream = (choices & 1) != 0 ? in.rest() : readPages(in);
-  const auto pages = fuzz::readRaster(stream, MOST_PIXELS);
+  auto pages = fuzz::readRaster(stream, MOST_PIXELS);
   if (!pages) return 0;
+  const bool cancelled = (choices & 16) != 0;
+  if (cancelled) pages->clear();
   provideInput(stream);
   collatedFlag_Prototype = 0;
   imageThreadFailure.store(0);
+  isTerminated.store(cancelled ? 1 : 0);
   {
     RasterStream raster(renderer);
     runJob(raster, job, *pages);

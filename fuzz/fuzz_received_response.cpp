@@ -44,10 +44,21 @@ void receive(const std::vector<std::uint8_t>& block) {
   kesto::validBuffer = {};
 }
 
+/// A request as it goes out over the network, and whether it would pass for an answer.
+void requireRequest(std::span<const std::uint8_t> command) {
+  const auto length = static_cast<std::int32_t>(command.size());
+  std::vector<std::uint8_t> request(command.size() + kesto::NETWORK_HEADER_SIZE);
+  const bool sent = kesto::AssembleNPACommand(command.data(), request.data(), length) == std::ssize(request);
+  require(sent == (command.data() != nullptr));
+  require(!sent || std::ranges::equal(command, std::span(request).subspan(kesto::NETWORK_HEADER_SIZE)));
+  require(!kesto::isAckIDValid(command) || command.size() >= kesto::NETWORK_ANSWER_OFFSET);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   startReassembly();
+  requireRequest({data, size});
   // Two bytes of length before each block; the last block is what is left.
   std::span rest(data, size);
   while (rest.size() >= 2) {

@@ -35,7 +35,7 @@ bool expand(const Bytes& stream, Bytes& packed) {
 /// Runs of tags: what most planes are made of.
 Bytes readTagPlane(Input& in) {
   Bytes tags;
-  while (!in.empty() && tags.size() < 200'000) {
+  while (!in.empty() && tags.size() < 40'000) {
     const std::uint8_t what = in.byte();
     const std::size_t count = (what & 0x80) != 0 ? in.word16() : what >> 3 & 15;
     tags.insert(tags.end(), count, what & 7);
@@ -107,7 +107,7 @@ void decode(Input& in) {
 void encodePattern(Input& in) {
   const std::uint32_t room = in.byte();
   const std::uint32_t pattern = in.number(0, 4);
-  const std::uint32_t count = in.word32() & 0xFFFFF;
+  const std::uint32_t count = in.word32() & 0x7FFF;
   Bytes run(room);
   run.resize(encode_pattern(run.data(), room, pattern, count));
   Bytes packed;

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "codec/bandcoder.h"
+#include "codec/colorconvert.h"
 #include "codec/fastband.h"
 #include "codec/wicketsegment.h"
 #include "fuzz/input.h"
@@ -251,14 +252,44 @@ void oddBand(Input& in) {
   for (const Bytes& stream : outcome.streams) requireSegments(stream);
 }
 
+/// The colours of a band, against the conversion of one pixel at a time.
+void convertColors(Input& in) {
+  const std::uint32_t width = in.number(0, 60);
+  const std::uint32_t lines = in.number(0, 9);
+  const std::uint32_t stride = width + in.number(0, 3);
+  const bool keepPlanes = in.flag();
+  const std::uint32_t size = in.flag() ? stride * lines : in.word16();
+  const Bytes rgb = fuzz::readPicture(in, std::size_t{3} * width, lines);
+  std::array<Bytes, 3> planes;
+  for (std::size_t i = 0; i < 3; ++i) planes[i].assign(size, keepPlanes ? (i == 0 ? 255 : 128) : 0);
+  const std::int32_t status = rgbtoYCbCr(static_cast<std::int32_t>(3 * width), static_cast<std::int32_t>(rgb.size()),
+                                         rgb.data(), static_cast<std::int32_t>(stride), static_cast<std::int32_t>(size),
+                                         planes[0].data(), planes[1].data(), planes[2].data(), keepPlanes ? 1 : 0);
+  const bool printed = std::ranges::any_of(rgb, [](std::uint8_t value) { return value != 255; });
+  if (status != CODEC_OK && status != COLOR_BAND_PRINTED) return;
+  require((status == COLOR_BAND_PRINTED) == printed);
+  for (std::size_t y = 0; y < lines; ++y) {
+    require(stripTrail(&rgb[y * 3 * width], static_cast<std::int32_t>(width)) <= static_cast<std::int32_t>(width));
+    for (std::size_t x = 0; x < width; ++x) {
+      const std::uint32_t word = RGBTripleToCrCbYDword(&rgb[3 * (y * width + x)]);
+      for (std::size_t i = 0; i < 3; ++i) require(planes[i][y * stride + x] == (word >> (8 * i) & 0xFF));
+    }
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input in(data, size);
-  if (in.flag()) {
-    oddBand(in);
-  } else {
-    jobBand(in);
+  switch (in.byte() % 3) {
+    case 0:
+      jobBand(in);
+      break;
+    case 1:
+      oddBand(in);
+      break;
+    default:
+      convertColors(in);
   }
   return 0;
 }

@@ -75,8 +75,9 @@ std::int32_t setHuffmanCodec(const HuffmanCodeTable* table, bool isChroma, Wicke
 
 /// Appends the low `count` bits of `value`, at most 25, and writes out the bytes that are complete.
 ///
-/// Returns 0, CODEC_BAD_SIZE for more bits than fit, or CODEC_OUTPUT_FULL when a byte found no room. A full buffer
-/// stays full: later calls add nothing and return the same.
+/// Returns 0, CODEC_BAD_SIZE for more bits than fit, or CODEC_OUTPUT_FULL when a byte, a stuffed one included, found no
+/// room. A full buffer stays full: later calls write no byte, and return the same when they complete one. The caller
+/// has to remember the first failure.
 std::int32_t outputBits(std::uint32_t value, std::uint32_t count, WicketCoder* coder);
 
 /// Fills the pending byte, if there is one, with ones and writes it. Returns 0 or CODEC_OUTPUT_FULL.
