@@ -20,15 +20,7 @@ namespace {
 
 using test::Bytes;
 using test::hex;
-
-/// The bytes of hexadecimal text.
-Bytes unhex(const std::string& text) {
-  Bytes bytes;
-  for (std::size_t i = 0; i < text.size(); i += 3) {
-    bytes.push_back(static_cast<std::uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
+using test::unhex;
 
 /// Tags written as digits.
 Bytes tags(const std::string& digits) {

@@ -8,9 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "bandcoder.h"
-#include "codec/fdct.h"
-#include "codec/huffmanreader.h"
-#include "codec/quantize.h"
 #include "codec/wicketsegment.h"
 #include "support/hex.h"
 
@@ -269,56 +266,6 @@ TEST(Wicket, LeavesOutUnquantisedCoefficientsThatHaveNoCode) {
   codec.prepare(1, 16);
   EXPECT_EQ(codec.mono(16, stripes, {2, 2}), Bytes{});
   EXPECT_EQ(codec.status, CODEC_BAD_SIZE);
-}
-
-/// The quantised coefficients of a grey band of one block row, block by block in zigzag order.
-std::vector<std::int32_t> expectedCoefficients(const Bytes& plane, int width) {
-  std::vector<std::int32_t> samples;
-  for (const std::uint8_t byte : plane) samples.push_back(byte * 4 - 512);
-  EXPECT_EQ(fDCTransform(samples.data(), width, 8, nullptr, 0, nullptr), 0);
-  std::vector<std::int32_t> blocks;
-  for (int left = 0; left < width; left += 8) {
-    for (const std::int32_t z : s_aiZigZagSequence) {
-      const std::int32_t x = samples[static_cast<std::size_t>(z / 8) * width + left + z % 8];
-      blocks.push_back((x < 0 ? x - 4 : x + 4) / 8);
-    }
-  }
-  return blocks;
-}
-
-/// Reads one block back into 64 coefficients.
-std::vector<std::int32_t> readBlock(WicketCoder* coder, std::int32_t& predictor) {
-  std::vector<std::int32_t> block(64);
-  std::int32_t value = 0;
-  EXPECT_EQ(decodeDCSymbol(&value, false, coder), 0);
-  block[0] = predictor += value;
-  for (std::size_t k = 1; k < 64; ++k) {
-    std::uint32_t run = 0;
-    EXPECT_EQ(decodeACSymbol(&run, &value, false, coder), 0);
-    if (run == 0 && value == 0) break;
-    k += run;
-    block.at(k) = value;
-  }
-  return block;
-}
-
-TEST(Wicket, WritesSymbolsThatReadBackAsItsCoefficients) {
-  for (const Bytes& plane : {test::noisePlane(640, 8, 5), test::naturalPlane(640, 8, 1), test::textPlane(640, 8, 2)}) {
-    BandCoder codec;
-    codec.prepare(0, 640);
-    const Bytes stream = codec.mono(640, plane, Bytes(80, 3));
-    const std::vector<std::int32_t> expected = expectedCoefficients(plane, 640);
-    ASSERT_EQ(decodeData(stream.data(), static_cast<std::uint32_t>(stream.size()), codec.coder.get()), 0);
-    EXPECT_EQ(checkForFlush(codec.coder.get()), MARKER_FLAT_QUANTIZER);
-    std::vector<std::int32_t> read;
-    std::int32_t predictor = 0;
-    for (int b = 0; b < 80; ++b) {
-      const std::vector<std::int32_t> block = readBlock(codec.coder.get(), predictor);
-      read.insert(read.end(), block.begin(), block.end());
-    }
-    EXPECT_EQ(read, expected);
-    EXPECT_EQ(checkForFlush(codec.coder.get()), 0xFFD0U);
-  }
 }
 
 TEST(Wicket, SegmentsEndAtRestartMarkers) {
