@@ -29,34 +29,6 @@ TEST(Check, FindsGoodJobsGood) {
   EXPECT_EQ(summary.bytes, SampleJob().bytes().size());
 }
 
-TEST(Check, FindsJobsGoodThatUseWhatElseThereIs) {
-  const Bytes job = SampleJob({.pages = 1}).bytes();
-  const std::string media = "C0 00 F8 25";
-  const Bytes cases[] = {
-      replacedText(job, "@PJL SET LSHARPEN=ON\n", ""),
-      replacedText(job, "CMYK\n", "CMYK\n@PJL SET ECONOMODE=OFF\n@PJL SET FIMPROVE=PAPERCURL\n@PJL SET FGHOST=ON\n"),
-      replacedText(job, "DUPLEX=ON\n@PJL SET BINDING=LONGEDGE", "DUPLEX=OFF"),
-      replacedText(job, "BINDING=LONGEDGE\n", "BINDING=SHORTEDGE\n"),
-      replacedText(job, "@PJL SET BINDING=LONGEDGE\n", ""),  // a banner page
-      replacedText(job, "LCOLLATION=OFF\n", "LCOLLATION=ON\n@PJL SET LDRYTIMEDELAY=20\n"),
-      replacedHex(job, media, "C0 FF F8 25"),
-      replacedHex(job, media, "C8 C0 05 4A 50 4F 53 54 F8 25"),
-      replacedHex(job, media, "D5 00 00 08 41 00 00 30 41 F8 2F C0 00 F8 30"),
-      replacedHex(job, "C8 C0 05 50 6C 61 69 6E F8 27", ""),
-      replacedHex(job, "C0 02 F8 03", ""),
-      replacedHex(job, "C0 02 F8 03", "C0 01 F8 03"),
-      replacedHex(job, "C0 02 F8 03", "C0 01 F8 03 C0 00 F8 EA"),
-      replacedHex(job, "C0 02 F8 03", "C0 03 F8 03 C0 80 F8 EB"),
-      // Edge to edge, and a draft; both move the origin.
-      replacedHex(
-          replacedHex(replacedText(job, "NORMAL\n@PJL SET LIMAGECONTRAST", "EDGETOEDGE\n@PJL SET LIMAGECONTRAST"),
-                      "C0 02 F8 ED", "C0 01 F8 ED"),
-          "64 00 64 00", "00 00 00 00"),
-      replacedHex(replacedText(job, "=NORMAL\n", "=DRAFT\n"), "64 00 64 00", "32 00 32 00"),
-  };
-  for (const Bytes& good : cases) EXPECT_EQ(faultOf(good), "") << &good - cases;
-}
-
 TEST(Check, AcceptsATitleThatWasCutAtTheLongestLine) {
   const Bytes job = SampleJob({.pages = 0, .title = std::string(2029, 't')}).bytes();
   // The line's end was cut off: 18 bytes of "@PJL SET JOBNAME=" and quote, 2029 of title.

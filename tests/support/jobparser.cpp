@@ -22,7 +22,7 @@ class PageCollector : public job::PageSink {
   [[nodiscard]] job::PixelForm form() const override { return {.divisor = 1, .ycbcr = true}; }
   void beginPage(const job::PageLayout& layout) override { job_.pages.emplace_back().layout = layout; }
   void beginStrip(const job::StripShape& strip) override {
-    job_.pages.back().strips.push_back({strip.firstLine, strip.width, strip.height, {}});
+    job_.pages.back().strips.push_back({strip.width, strip.height, {}});
   }
   void rows(std::span<const std::uint8_t> pixels, std::size_t /*rowBytes*/) override {
     Bytes& page = job_.pages.back().pixels;

@@ -15,7 +15,7 @@ namespace kesto::test {
 using Bytes = std::vector<std::uint8_t>;
 
 struct Strip {
-  unsigned firstLine = 0, width = 0, height = 0;
+  unsigned width = 0, height = 0;
   Bytes tags;  ///< as they were sent
 };
 

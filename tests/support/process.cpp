@@ -137,7 +137,7 @@ void Process::readSome(int waitMs) {
     const std::string_view rest = std::string_view(command_.input).substr(inputWritten_);
     const ssize_t written = write(input_, rest.data(), rest.size());
     if (written > 0) inputWritten_ += static_cast<std::size_t>(written);
-    if (written < 0 || (rest.empty() && !command_.keepInputOpen)) closeInput();
+    if (written < 0 || (rest.empty() && !command_.keepInputOpen)) closeEnd(input_);
   }
 }
 
@@ -176,10 +176,6 @@ void Process::writeBackChannel(const std::vector<std::uint8_t>& bytes) const {
 void Process::writeInput(const std::string& text) {
   command_.input += text;
   readSome(0);
-}
-
-void Process::closeInput() {
-  closeEnd(input_);
 }
 
 Outcome Process::finish() {
@@ -222,13 +218,6 @@ TemporaryFolder::~TemporaryFolder() {
 std::string TemporaryFolder::write(const std::string& name, const std::string& text) const {
   std::ofstream(path_ + "/" + name, std::ios::binary) << text;
   return path_ + "/" + name;
-}
-
-std::vector<std::string> TemporaryFolder::files() const {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_))
-    names.push_back(entry.path().filename().string());
-  return names;
 }
 
 }  // namespace kesto::test

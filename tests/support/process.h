@@ -62,7 +62,6 @@ class Process {
   void writeBackChannel(const std::vector<std::uint8_t>& bytes) const;
   /// Appends to the program's standard input, which must have been kept open.
   void writeInput(const std::string& text);
-  void closeInput();
   /// Waits for the end.
   Outcome finish();
   [[nodiscard]] int pid() const { return pid_; }
@@ -92,7 +91,6 @@ class TemporaryFolder {
   [[nodiscard]] const std::string& path() const { return path_; }
   /// Writes a file into the folder and returns its path.
   [[nodiscard]] std::string write(const std::string& name, const std::string& text) const;
-  [[nodiscard]] std::vector<std::string> files() const;
 
  private:
   std::string path_;

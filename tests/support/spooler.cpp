@@ -6,9 +6,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include <arpa/inet.h>
 #include <signal.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace kesto::test {
@@ -19,20 +17,6 @@ using std::chrono::milliseconds;
 
 constexpr char CUPSD[] = "/usr/sbin/cupsd";
 constexpr char SERVER_BIN[] = "/usr/lib/cups";
-
-/// A port of this host that nobody listens on at the moment.
-int freePort() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  const bool found = bind(descriptor, reinterpret_cast<sockaddr*>(&address), length) == 0 &&
-                     getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0;
-  close(descriptor);
-  if (!found) throw std::runtime_error("no free port");
-  return ntohs(address.sin_port);
-}
 
 /// Looks every 50 ms until `ready`, for a minute at most.
 template <class Ready>
@@ -52,7 +36,7 @@ std::string PrivateSpooler::unavailable() {
   return "";
 }
 
-PrivateSpooler::PrivateSpooler(const std::string& filter) : port_(freePort()) {
+PrivateSpooler::PrivateSpooler(const std::string& filter) {
   makeFolders();
   gatherPrograms(filter);
   writeConfiguration();
@@ -108,7 +92,7 @@ void PrivateSpooler::writeConfiguration() const {
   for (const auto& [name, path] : files) cupsFiles << name << ' ' << folder << path << '\n';
 
   std::ofstream cupsd(folder + "/etc/cupsd.conf");
-  cupsd << "Listen " << socketPath() << "\nListen 127.0.0.1:" << port_ << '\n';
+  cupsd << "Listen " << socketPath() << '\n';
   for (const auto& [name, value] : sanitizerSettings()) cupsd << "PassEnv " << name << '\n';
   cupsd << R"(LogLevel debug
 MaxLogSize 0

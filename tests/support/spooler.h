@@ -1,6 +1,6 @@
 // A private instance of the spooler for tests: cupsd with everything of its own in one temporary folder (configuration,
 // queues, jobs, logs, a folder of links to the installed filters beside ours), which listens on a socket in that folder
-// and on a free port of this host, and is ended by its process id.
+// only, and is ended by its process id.
 //
 // It has to run as root: the spooler changes to its own user for the filters, and runs only such as root owns.
 #pragma once
@@ -49,7 +49,6 @@ class PrivateSpooler {
 
   /// Waits until `text` stands in the error log; false when it does not within a minute.
   [[nodiscard]] bool waitForLog(const std::string& text) const;
-  [[nodiscard]] int port() const { return port_; }
 
  private:
   void makeFolders();
@@ -59,7 +58,6 @@ class PrivateSpooler {
   [[nodiscard]] std::string socketPath() const { return folder_.path() + "/cups.sock"; }
 
   TemporaryFolder folder_;
-  int port_;
   std::unique_ptr<Process> daemon_;
 };
 
