@@ -2,6 +2,7 @@
 #   make demo               prints the sample document, checks the job and draws its pages
 #   make test               builds and runs every test, and each fuzz target for a bounded number of executions
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
+#   make faults             fails every single call of the filter that can fail; takes about half an hour
 #   make package            builds the Debian package in out/
 #   make bench              measures the filter
 #   make lint               checks the formatting and runs the static analysis
@@ -12,7 +13,7 @@ SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)
 BUILD := build/$(PRESET)
 
-.PHONY: demo test package bench lint clean setup-build setup-test setup-package setup-bench setup-lint
+.PHONY: demo test faults package bench lint clean setup-build setup-test setup-package setup-bench setup-lint
 
 setup-build setup-test setup-package setup-bench setup-lint:
 	@scripts/setup.sh $(@:setup-%=%)
@@ -31,6 +32,11 @@ ifeq ($(SAN),)
 	@cmake --build build/fuzz -j$(JOBS)
 	@ctest --test-dir build/fuzz --output-on-failure -j$(JOBS)
 endif
+
+faults: setup-test
+	@cmake --preset release -DKESTO_TESTS=ON
+	@cmake --build build/release -j$(JOBS) --target faults_test
+	@KESTO_FAULTS=all build/release/tests/faults_test
 
 package: setup-package
 	@cmake --preset release -DKESTO_TESTS=OFF
