@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "fuzz/input.h"
+#include "input.h"
 
 namespace kesto::fuzz {
 

@@ -5,9 +5,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "fuzz/input.h"
-#include "fuzz/require.h"
 #include "hdc/hdc.h"
+#include "input.h"
+#include "require.h"
 
 namespace {
 
@@ -124,10 +124,10 @@ void useChannel(Input& in) {
   Source source;
   Bytes accepted;
   bool running = false;
-  while (!in.empty()) {
+  for (int steps = 0; !in.empty() && steps < 64; ++steps) {
     const std::uint8_t step = in.byte();
     if (step < 200) {
-      const Bytes bytes = source.next(std::size_t{step} * (step % 8));
+      const Bytes bytes = source.next(std::size_t{step} * (step % 8) % (2 * capacity + 1));
       // Without anybody to make room, what does not fit would wait for ever.
       if (!running && hdcFailure() == 0 && bytes.size() + cbufferGetAvailableBytes(&hdcContext.buffer) > capacity)
         continue;

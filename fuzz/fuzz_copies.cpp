@@ -1,9 +1,9 @@
 // Copies: any document through the copy cache, against the pages that are due; and page lists against a vector.
 #include <utility>
 
+#include "copyplan.h"
 #include "filter/copycache.h"
-#include "fuzz/copyplan.h"
-#include "fuzz/require.h"
+#include "require.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <span>
 
-#include "fuzz/require.h"
 #include "npa/NpaParser.h"
 #include "npa/alerttext.h"
+#include "require.h"
 
 namespace {
 

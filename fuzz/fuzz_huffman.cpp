@@ -5,8 +5,8 @@
 
 #include "codec/huffman.h"
 #include "codec/huffmanreader.h"
-#include "fuzz/input.h"
-#include "fuzz/require.h"
+#include "input.h"
+#include "require.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "codec/wicket.h"
 #include "filter/pagepipeline.h"
 #include "filter/session.h"
-#include "fuzz/jobjudge.h"
+#include "jobjudge.h"
 #include "jobsettings/optionsource.h"
 #include "jobsettings/optionvalues.h"
 #include "jobsettings/pjl.h"

@@ -5,10 +5,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "fuzz/require.h"
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/jobcheck.h"
 #include "kestojob/reader/lister.h"
+#include "require.h"
 
 namespace {
 

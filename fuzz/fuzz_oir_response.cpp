@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include "fuzz/require.h"
 #include "npa/OIRCommandResponse.h"
+#include "require.h"
 
 using kesto::fuzz::require;
 

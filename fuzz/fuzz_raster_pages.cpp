@@ -5,18 +5,18 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "copyplan.h"
 #include "filter/joberror.h"
 #include "filter/jobstate.h"
 #include "filter/pageloop.h"
 #include "filter/session.h"
-#include "fuzz/copyplan.h"
-#include "fuzz/jobjudge.h"
-#include "fuzz/picture.h"
-#include "fuzz/rastermodel.h"
+#include "jobjudge.h"
 #include "jobsettings/optionsource.h"
 #include "jobsettings/optionvalues.h"
 #include "jobsettings/pjl.h"
 #include "kestojob/reader/jobcheck.h"
+#include "picture.h"
+#include "rastermodel.h"
 
 namespace {
 

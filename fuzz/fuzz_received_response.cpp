@@ -4,10 +4,10 @@
 #include <span>
 #include <vector>
 
-#include "fuzz/require.h"
 #include "npa/NPAValidator.h"
 #include "npa/NpaParser.h"
 #include "npa/alerttext.h"
+#include "require.h"
 
 namespace {
 

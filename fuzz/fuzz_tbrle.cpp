@@ -1,8 +1,8 @@
 // Tag planes through the coder and back, and anything at all into the decoder, against a decoder of a few lines.
 #include "codec/tbrle.h"
-#include "fuzz/input.h"
-#include "fuzz/require.h"
+#include "input.h"
 #include "kestojob/reader/tagblock.h"
+#include "require.h"
 
 namespace {
 

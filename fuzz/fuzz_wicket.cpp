@@ -8,13 +8,13 @@
 #include "codec/colorconvert.h"
 #include "codec/fastband.h"
 #include "codec/wicketsegment.h"
-#include "fuzz/input.h"
-#include "fuzz/picture.h"
-#include "fuzz/require.h"
+#include "input.h"
 #include "kestojob/reader/banddecoder.h"
 #include "kestojob/reader/entropycheck.h"
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/wicketblock.h"
+#include "picture.h"
+#include "require.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <cstring>
 #include <string_view>
 
-#include "fuzz/input.h"
-#include "fuzz/require.h"
 #include "hdc/hdc.h"
+#include "input.h"
 #include "jobsettings/jobsettings.h"
+#include "require.h"
 
 namespace kesto::fuzz {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "fuzz/input.h"
+#include "input.h"
 
 namespace kesto::fuzz {
 

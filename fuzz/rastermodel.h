@@ -9,7 +9,7 @@
 
 #include <cups/raster.h>
 
-#include "fuzz/input.h"
+#include "input.h"
 
 namespace kesto::fuzz {
 
