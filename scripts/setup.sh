@@ -9,8 +9,8 @@ case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
   package) packages="$build dpkg-dev file" ;;
-  bench) packages="$build libbenchmark-dev" ;;
-  lint) packages="$build libgtest-dev libbenchmark-dev clang clang-format clang-tidy" ;;
+  bench) packages="$build python3" ;;
+  lint) packages="$build libgtest-dev clang clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
 esac
 

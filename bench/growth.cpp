@@ -1,0 +1,92 @@
+#include <array>
+#include <string>
+
+#include "documents.h"
+#include "measurements.h"
+
+namespace kesto::bench {
+namespace {
+
+/// How much more a pixel or a page may cost than in the job it is compared with and still count as costing the same.
+constexpr double SAME = 1.25;
+
+struct Resolution {
+  unsigned dpi;
+  unsigned pages;  // enough of them that the process's start does not matter
+};
+constexpr std::array RESOLUTIONS{Resolution{150, 48}, Resolution{300, 24}, Resolution{600, 12}, Resolution{1200, 4}};
+
+/// Seconds a page at each resolution, of real jobs and of the filter by itself.
+void measureResolutions(const Programs& programs, Report& report) {
+  constexpr unsigned RENDERED_PAGES = 4;
+  const std::string page = programs.write("page.pdf", makeTextDocument(1));
+  const std::string document = programs.write("pages.pdf", makeTextDocument(RENDERED_PAGES));
+  Series renderer{"pdftoraster alone", "seconds a page", {}};
+  Series whole{"the whole job", "seconds a page", {}};
+  Series own{"the filter's own processor time", "seconds a page", {}};
+  for (const Resolution& resolution : RESOLUTIONS) {
+    const std::string dpi = std::to_string(resolution.dpi);
+    tellProgress(dpi + " dpi");
+    const Setup setup = programs.rgbPrinter(resolution.dpi);
+    const std::string raster = programs.render(setup, page, dpi + ".ras");
+    const Usage usage = runProgram(programs.filterOnRaster(raster, resolution.pages));
+    own.values.emplace_back(dpi, usage.processorSeconds / resolution.pages);
+    const Comparison times = compare(
+        3, [&] { return runProgram(Programs::filter(setup, document)).seconds / RENDERED_PAGES; },
+        [&] { return runProgram(Programs::renderer(setup, document)).seconds / RENDERED_PAGES; });
+    whole.values.emplace_back(dpi, times.ours);
+    renderer.values.emplace_back(dpi, times.theirs);
+  }
+  Table table{"Growth with pixels, processor time of the filter", "nanoseconds a pixel", "at 600 dpi", {}};
+  constexpr double SHEET = (612.0 - 24) * (792 - 24) / (72 * 72);  // square inches within the margins
+  const auto perPixel = [&](std::size_t i) {
+    return own.values[i].second * 1e9 / (SHEET * RESOLUTIONS[i].dpi * RESOLUTIONS[i].dpi);
+  };
+  constexpr std::size_t REFERENCE = 2;
+  for (const std::size_t i : {0U, 1U, 3U}) {
+    const Comparison measured{perPixel(i), perPixel(REFERENCE), perPixel(i) / perPixel(REFERENCE)};
+    table.rows.push_back({own.values[i].first + " dpi", measured, Bound::AT_MOST, SAME});
+  }
+  report.tables.push_back(std::move(table));
+  report.series.insert(report.series.end(), {whole, renderer, own});
+}
+
+void measurePages(const Programs& programs, Report& report) {
+  constexpr double MEMORY_LIMIT = 80;  // megabytes
+  constexpr double SAME_MEMORY = 1.05;
+  const std::string raster =
+      programs.render(Programs::product(), programs.write("page.pdf", makeTextDocument(1)), "product.ras");
+  const auto run = [&](unsigned pages) {
+    tellProgress(std::to_string(pages) + " pages");
+    return runProgram(programs.filterOnRaster(raster, pages));
+  };
+  constexpr std::array PAGES{1U, 10U, 100U};
+  Table table{"Growth with pages, processor time of the filter", "milliseconds a page", "of 10 pages", {}};
+  std::array<double, PAGES.size()> perPage{};
+  for (std::size_t i = 0; i < PAGES.size(); ++i) perPage[i] = 1e3 * run(PAGES[i]).processorSeconds / PAGES[i];
+  const double first = perPage[1];
+  for (const std::size_t i : {0U, 2U}) {
+    table.rows.push_back({std::to_string(PAGES[i]) + (i == 0 ? " page" : " pages"),
+                          {perPage[i], first, perPage[i] / first},
+                          Bound::AT_MOST,
+                          SAME});
+  }
+  report.tables.push_back(std::move(table));
+
+  const double few = run(3).peakMegabytes;
+  const double many = run(300).peakMegabytes;
+  report.tables.push_back({"Memory, 600 dpi, no copies",
+                           "megabytes resident at most",
+                           "compared with",
+                           {{"3 pages, beside the limit", {few, MEMORY_LIMIT, few / MEMORY_LIMIT}, Bound::AT_MOST, 1},
+                            {"300 pages, beside 3", {many, few, many / few}, Bound::AT_MOST, SAME_MEMORY}}});
+}
+
+}  // namespace
+
+void measureGrowth(const Programs& programs, Report& report) {
+  measureResolutions(programs, report);
+  measurePages(programs, report);
+}
+
+}  // namespace kesto::bench

@@ -1,0 +1,198 @@
+#include "process.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kesto::bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A descriptor that is closed with the object.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {
+    if (number_ < 0) throw std::system_error(errno, std::generic_category());
+  }
+  Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { close(); }
+  void close() {
+    if (number_ >= 0) ::close(number_);
+    number_ = -1;
+  }
+  [[nodiscard]] int get() const { return number_; }
+
+ private:
+  int number_;
+};
+
+struct Pipe {
+  Descriptor readEnd, writeEnd;
+};
+
+Pipe makePipe() {
+  std::array<int, 2> ends{-1, -1};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+Descriptor openNull() {
+  return Descriptor(open("/dev/null", O_RDWR | O_CLOEXEC));
+}
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  result.reserve(texts.size() + 1);
+  for (std::string& text : texts) result.push_back(text.data());
+  result.push_back(nullptr);
+  return result;
+}
+
+/// A program that runs. What it says on standard error is dropped.
+class Child {
+ public:
+  Child(const Program& program, int input, int output) : path_(program.path) {
+    std::vector<std::string> arguments = program.arguments;
+    std::vector<std::string> environment = program.environment;
+    environment.emplace_back("PATH=/usr/sbin:/usr/bin:/sbin:/bin");
+    const Descriptor null = openNull();
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, null.get(), STDERR_FILENO);
+    const int error =
+        posix_spawn(&pid_, path_.c_str(), &actions, nullptr, pointers(arguments).data(), pointers(environment).data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) throw std::system_error(error, std::generic_category(), path_);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+  ~Child() {
+    if (pid_ < 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+
+  /// The most memory that has been resident so far.
+  [[nodiscard]] double peakMegabytes() const {
+    std::ifstream status(procFile("status"));
+    for (std::string name; status >> name;) {
+      double kibibytes = 0;
+      if (name == "VmHWM:" && status >> kibibytes) return kibibytes * 1024 / 1e6;
+    }
+    return 0;
+  }
+
+  /// Waits for the end and returns the processor time of the program's own threads. What the kernel hands out together
+  /// with the exit status counts the children's as well, so that it is asked before.
+  double finish() {
+    siginfo_t end = {};
+    while (waitid(P_PID, static_cast<id_t>(pid_), &end, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
+    }
+    const double seconds = ownSeconds();
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    if (status != 0) throw std::runtime_error(path_ + " failed");
+    return seconds;
+  }
+
+ private:
+  [[nodiscard]] std::string procFile(const char* name) const { return "/proc/" + std::to_string(pid_) + "/" + name; }
+
+  [[nodiscard]] double ownSeconds() const {
+    std::ifstream file(procFile("stat"));
+    std::string text;
+    std::getline(file, text);
+    std::istringstream fields(text.substr(text.rfind(')') + 1));  // the program's name may hold blanks
+    constexpr int FIELDS_BEFORE_TIMES = 11;
+    std::string skipped;
+    for (int i = 0; i < FIELDS_BEFORE_TIMES; ++i) fields >> skipped;
+    double user = 0;
+    double system = 0;
+    fields >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+  }
+
+  std::string path_;
+  pid_t pid_ = -1;
+};
+
+/// Reads everything that comes, and looks at the memory of `child` now and then.
+double drain(int output, const Child& child) {
+  constexpr std::chrono::milliseconds BETWEEN_LOOKS{10};
+  std::vector<char> buffer(65536);
+  double peak = 0;
+  auto nextLook = Clock::now();
+  while (read(output, buffer.data(), buffer.size()) > 0) {
+    if (Clock::now() < nextLook) continue;
+    peak = std::max(peak, child.peakMegabytes());
+    nextLook = Clock::now() + BETWEEN_LOOKS;
+  }
+  return peak;
+}
+
+Usage runWithInput(const Program& program, int input) {
+  const auto start = Clock::now();
+  Pipe output = makePipe();
+  Child child(program, input, output.writeEnd.get());
+  output.writeEnd.close();
+  Usage usage;
+  usage.peakMegabytes = drain(output.readEnd.get(), child);
+  usage.processorSeconds = child.finish();
+  usage.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  return usage;
+}
+
+double secondsOf(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+}  // namespace
+
+Usage runProgram(const Program& program) {
+  const Descriptor null = openNull();
+  return runWithInput(program, null.get());
+}
+
+Usage runProgramBehind(const Program& producer, const Program& program) {
+  const Descriptor null = openNull();
+  Pipe raster = makePipe();
+  Child source(producer, null.get(), raster.writeEnd.get());
+  raster.writeEnd.close();
+  const Usage usage = runWithInput(program, raster.readEnd.get());
+  source.finish();
+  return usage;
+}
+
+void runIntoFile(const Program& program, const std::string& path) {
+  const Descriptor null = openNull();
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+  Child(program, null.get(), file.get()).finish();
+}
+
+double threadSeconds() {
+  return secondsOf(CLOCK_THREAD_CPUTIME_ID);
+}
+
+double processSeconds() {
+  return secondsOf(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+}  // namespace kesto::bench
