@@ -1,85 +1,88 @@
 #include "bandencoder.h"
 
-#include <stdexcept>
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include <unistd.h>
 
 #include "codec/colorconvert.h"
-#include "codec/huffman.h"
 #include "filter/lineblock.h"
 #include "filter/pagepipeline.h"
+#include "hdc/hdc.h"
 
 namespace kesto::bench {
 namespace {
 
-constexpr std::uint8_t TRANSFORMED = 3;
+constexpr std::uint32_t CHANNEL_CAPACITY = 20 * 1024 * 1024;
+constexpr std::uint32_t CHANNEL_THRESHOLD = 5 * 1024 * 1024;
 
-std::int32_t signedSize(std::size_t size) {
-  return static_cast<std::int32_t>(size);
+std::uint32_t size32(std::size_t size) {
+  return static_cast<std::uint32_t>(size);
 }
 
-void require(std::int32_t status) {
-  if (status != CODEC_OK) throw std::runtime_error("a band was not encoded: " + std::to_string(status));
+std::int32_t signed32(std::size_t size) {
+  return static_cast<std::int32_t>(size);
 }
 
 }  // namespace
 
-BandEncoder::BandEncoder(std::size_t width)
+BandEncoder::BandEncoder(std::size_t width, int channels)
     : width_(width),
+      channels_(static_cast<std::size_t>(channels)),
       bandPixels_(LINES_PER_BLOCK * width),
       settings_(std::make_unique<WicketSettings>()),
       coder_(std::make_unique<WicketCoder>()),
       y_(bandPixels_),
       cb_(bandPixels_),
       cr_(bandPixels_),
-      map_(width / 8, TRANSFORMED),
-      stream_(4 * bandPixels_) {}
-
-void BandEncoder::prepare(std::size_t index) {
-  const std::size_t bandOfStrip = index % BANDS_PER_STRIP;
-  setHuffman(coder_.get());
-  coder_->restartNumber = signedSize(bandOfStrip % 8);
-  const std::int32_t status = initialize(coder_.get());
-  setWicket(settings_.get(), coder_.get(), &status);
-  reinitialize(settings_.get(), coder_.get());
-  setRestartInterval(signedSize(width_ / 8), settings_.get());
-  settings_->firstBand = bandOfStrip == 0 ? 1 : 0;
+      tags_(bandPixels_, PAGE_TAG) {
+  setting_.isColor = channels == 3 ? 1 : 0;
+  jobsetting = &setting_;
+  gCacheBands.clear();
+  gCacheBandIndex = 0;
+  sink_ = popen("cat >/dev/null", "w");
+  if (sink_ == nullptr) throw std::system_error(errno, std::generic_category(), "cat");
+  hdcContext.outputDescriptor = fileno(sink_);
+  hdcInitialize(CHANNEL_CAPACITY, CHANNEL_THRESHOLD);
+  hdcStartPrintThread(nullptr);
 }
 
-void BandEncoder::convert(const Bytes& rgb, std::size_t index) {
-  rgbtoYCbCr(signedSize(3 * width_), signedSize(3 * bandPixels_), &rgb[3 * bandPixels_ * index], signedSize(width_),
-             signedSize(bandPixels_), y_.data(), cb_.data(), cr_.data(), 0);
+BandEncoder::~BandEncoder() {
+  finish();
+  hdcStopPrintThread();
+  hdcDestroy();
+  pclose(sink_);
+  hdcContext.outputDescriptor = STDOUT_FILENO;
+  jobsetting = nullptr;
 }
 
-std::size_t BandEncoder::compressColor(std::size_t index) {
-  prepare(index);
-  std::int32_t length = 0;
-  require(wicketCompressPlanes(signedSize(map_.size()), map_.data(), signedSize(width_), signedSize(bandPixels_),
-                               y_.data(), cb_.data(), cr_.data(), signedSize(stream_.size()), stream_.data(), &length,
-                               settings_.get(), coder_.get()));
-  return static_cast<std::size_t>(length);
+void BandEncoder::finish() {
+  hdcWaitUntilEmpty();
 }
 
-std::size_t BandEncoder::compressGrey(const std::uint8_t* rows, std::size_t index) {
-  prepare(index);
-  setSampleType(SAMPLE_TYPE_444, settings_.get());
-  std::int32_t length = 0;
-  require(wicketCompressMonoPlane(signedSize(map_.size()), map_.data(), signedSize(width_), signedSize(bandPixels_),
-                                  rows, signedSize(stream_.size()), stream_.data(), &length, settings_.get(),
-                                  coder_.get()));
-  return static_cast<std::size_t>(length);
-}
-
-std::size_t BandEncoder::encode(const Bytes& pixels, int channels) {
-  const std::size_t bands = pixels.size() / static_cast<std::size_t>(channels) / bandPixels_;
-  std::size_t total = 0;
-  for (std::size_t index = 0; index < bands; ++index) {
-    if (channels == 3) {
-      convert(pixels, index);
-      total += compressColor(index);
-    } else {
-      total += compressGrey(&pixels[bandPixels_ * index], index);
-    }
+void BandEncoder::convert(const std::uint8_t* rows) {
+  if (!planesAreWhite_) {
+    std::ranges::fill(y_, WHITE_Y);
+    std::ranges::fill(cb_, WHITE_CHROMA);
+    std::ranges::fill(cr_, WHITE_CHROMA);
   }
-  return total;
+  planesAreWhite_ = rgbtoYCbCr(signed32(3 * width_), signed32(3 * bandPixels_), rows, signed32(width_),
+                               signed32(bandPixels_), y_.data(), cb_.data(), cr_.data(), 1) != COLOR_BAND_PRINTED;
+}
+
+void BandEncoder::compress(const std::uint8_t* rows, std::size_t band, bool isLast) {
+  compress_and_send(settings_.get(), coder_.get(), size32(LINES_PER_BLOCK * band), size32(width_), size32(bandPixels_),
+                    y_.data(), cb_.data(), cr_.data(), rows, tags_.data(), isLast ? 1 : 0);
+}
+
+void BandEncoder::encode(const Bytes& pixels) {
+  const std::size_t bands = pixels.size() / bandBytes();
+  for (std::size_t band = 0; band < bands; ++band) {
+    const std::uint8_t* rows = &pixels[band * bandBytes()];
+    if (channels_ == 3) convert(rows);
+    compress(rows, band, band == bands - 1);
+  }
 }
 
 }  // namespace kesto::bench

@@ -26,13 +26,13 @@ double speedOf(Encode encode) {
 
 Comparison compareEncoders(const Bytes& pixels, int channels) {
   constexpr int TURNS = 7;
-  BandEncoder ours(PAGE_WIDTH);
+  BandEncoder ours(PAGE_WIDTH, channels);
   JpegEncoder theirs;
   // Memory that has never been touched would be charged to the first turn.
-  ours.encode(pixels, channels);
+  ours.encode(pixels);
   theirs.encode(pixels, PAGE_WIDTH, channels);
   return compare(
-      TURNS, [&] { return speedOf([&] { ours.encode(pixels, channels); }); },
+      TURNS, [&] { return speedOf([&] { ours.encode(pixels); }); },
       [&] { return speedOf([&] { theirs.encode(pixels, PAGE_WIDTH, channels); }); });
 }
 

@@ -1,146 +1,152 @@
-// Each step of a page by itself, called as the filter calls it, on pages that pdftoraster has rendered. What the whole
-// filter takes beyond the sum of its steps is told as well.
+// Where the time of a page goes: the steps of the job thread and of the image thread, called band by band as the two
+// call them, on pages that pdftoraster has rendered. What the whole filter takes beyond the sum is told as well.
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "bandencoder.h"
-#include "codec/tbrle.h"
 #include "documents.h"
 #include "filter/lineblock.h"
 #include "filter/pagepipeline.h"
 #include "filter/rasterstream.h"
 #include "filter/renderer.h"
-#include "hdc/hdc.h"
+#include "filter/tagplane.h"
+#include "hdc/cbuffer.h"
 #include "measurements.h"
 
 namespace kesto::bench {
 namespace {
 
-/// Processor seconds of the whole process, so that the print thread's count.
-template <class Work>
-double secondsOf(Work work) {
-  const double start = processSeconds();
-  work();
-  return processSeconds() - start;
-}
+constexpr unsigned PAGES = 10;
+constexpr std::uint32_t BLOCKS_IN_RING = 10;
 
-/// A page as the job thread has it: blocks of 8 lines, end to end, padded with white to whole blocks across.
-struct PageBlocks {
-  std::size_t width = 0;
-  Bytes rgb;
+/// Processor seconds of each step, of all pages together.
+struct StageTimes {
+  double reading = 0, passing = 0, converting = 0, compressing = 0, writing = 0;
 };
 
-constexpr std::size_t roundUp(std::size_t value, std::size_t multiple) {
-  return (value + multiple - 1) / multiple * multiple;
+/// Keeps what is standard input while there is one: a raster stream takes its place and closes it, and what is opened
+/// next would become standard input by accident.
+class StandardInput {
+ public:
+  StandardInput() : kept_(dup(STDIN_FILENO)) {}
+  StandardInput(const StandardInput&) = delete;
+  StandardInput& operator=(const StandardInput&) = delete;
+  ~StandardInput() {
+    dup2(kept_, STDIN_FILENO);
+    close(kept_);
+  }
+
+ private:
+  int kept_;
+};
+
+/// The processor time of this thread since the last call.
+class Lap {
+ public:
+  double operator()() {
+    const double before = std::exchange(now_, threadSeconds());
+    return now_ - before;
+  }
+
+ private:
+  double now_ = threadSeconds();
+};
+
+PageGeometry geometryOf(const cups_page_header2_t& header) {
+  const auto roundUp = [](std::uint32_t value, std::uint32_t multiple) {
+    return (value + multiple - 1) / multiple * multiple;
+  };
+  return {roundUp(header.cupsWidth, 16), roundUp(header.cupsHeight, LINES_PER_BLOCK), 3};
 }
 
-/// Reads the page of a raster file through the renderer's pipe.
-double readPage(const Programs& programs, const std::string& raster, PageBlocks& page) {
+/// Takes the stream's current page through all steps.
+void printPage(RasterStream& stream, const PageGeometry& page, LineBlock& block, cbuffer& ring, BandEncoder& encoder,
+               StageTimes& times) {
+  Bytes taken(block.bytes().size());
+  const auto count = static_cast<std::uint32_t>(taken.size());
+  Lap lap;
+  for (std::uint32_t line = 0; line < page.pixelHeight; line += LINES_PER_BLOCK) {
+    for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) {
+      stream.readLine(PixelFormat::RGB, block.imageRow(slot));
+    }
+    times.reading += lap();
+    if (!cbufferWriteBytes(&ring, block.bytes().data(), count) || !cbufferReadBytes(&ring, taken.data(), count)) {
+      throw std::runtime_error("the ring of line blocks does not work");
+    }
+    times.passing += lap();
+    encoder.convert(&taken[LINE_BLOCK_HEADER_SIZE]);
+    times.converting += lap();
+    encoder.compress(&taken[LINE_BLOCK_HEADER_SIZE], line / LINES_PER_BLOCK,
+                     line + LINES_PER_BLOCK == page.pixelHeight);
+    times.compressing += lap();
+  }
+}
+
+StageTimes printPages(const Programs& programs, const std::string& raster) {
   std::vector<std::string> texts{"Bench", "1", "bench", "Benchmark", "1", ""};
   std::vector<char*> arguments;
   for (std::string& text : texts) arguments.push_back(text.data());
-  const Renderer renderer(REPLAY_SERVERBIN, arguments.data(), programs.replayDocument(raster, 1));
+  const StandardInput restoredAtEnd;
+  const Renderer renderer(REPLAY_SERVERBIN, arguments.data(), programs.replayDocument(raster, PAGES));
   RasterStream stream(renderer);
-  return secondsOf([&] {
-    if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
-    const cups_page_header2_t& header = *stream.header();
-    page.width = roundUp(header.cupsWidth, 16);
-    const std::size_t height = roundUp(header.cupsHeight, LINES_PER_BLOCK);
-    const std::size_t lineBytes = 3 * page.width;
-    if (page.rgb.size() != height * lineBytes) page.rgb.assign(height * lineBytes, 0xFF);
-    for (std::size_t line = 0; line < height; ++line) {
-      stream.readLine(PixelFormat::RGB, std::span(page.rgb).subspan(line * lineBytes, lineBytes));
-    }
-  });
-}
-
-/// Passes the page from a producer to a consumer through a ring as large as the job's.
-double passThroughRing(const PageBlocks& page) {
-  constexpr std::uint32_t BLOCKS_IN_RING = 10;
-  const auto blockBytes = static_cast<std::uint32_t>(4 * LINES_PER_BLOCK * page.width);  // pixels and tags
-  Bytes block(blockBytes);
-  Bytes taken(blockBytes);
+  if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
+  const PageGeometry page = geometryOf(*stream.header());
+  LineBlock block(page);
   cbuffer ring;
-  if (!cbufferCreate(&ring, BLOCKS_IN_RING * blockBytes)) throw std::bad_alloc();
-  const std::size_t blocks = page.rgb.size() / (3 * LINES_PER_BLOCK * page.width);
-  const double seconds = secondsOf([&] {
-    for (std::size_t i = 0; i < blocks; ++i) {
-      if (!cbufferWriteBytes(&ring, block.data(), blockBytes) || !cbufferReadBytes(&ring, taken.data(), blockBytes)) {
-        throw std::runtime_error("the ring is full");
-      }
-    }
-  });
+  if (!cbufferCreate(&ring, BLOCKS_IN_RING * static_cast<std::uint32_t>(block.bytes().size()))) throw std::bad_alloc();
+  BandEncoder encoder(page.pixelWidth, 3);
+
+  StageTimes times;
+  const double processStart = processSeconds();
+  const double threadStart = threadSeconds();
+  do {
+    printPage(stream, page, block, ring, encoder, times);
+  } while (stream.readHeader());
+  encoder.finish();
+  times.writing = processSeconds() - processStart - (threadSeconds() - threadStart);
   cbufferFree(&ring);
-  return seconds;
+  return times;
 }
 
-double encodeTags(std::size_t width, std::size_t bands) {
-  const Bytes tags(BANDS_PER_STRIP * LINES_PER_BLOCK * width, PAGE_TAG);
-  Bytes stream(2 * tags.size());
-  return secondsOf([&] {
-    for (std::size_t band = 0; band < bands; band += BANDS_PER_STRIP) {
-      const std::size_t count = std::min<std::size_t>(BANDS_PER_STRIP, bands - band) * LINES_PER_BLOCK * width;
-      if (tbrle_encode(static_cast<std::uint32_t>(stream.size()), stream.data(), static_cast<std::uint32_t>(count),
-                       tags.data()) == 0) {
-        throw std::runtime_error("tags were not encoded");
-      }
-    }
-  });
-}
-
-/// Sends as many bytes as the page's streams have through the output channel.
-double writeOut(std::size_t bytes) {
-  const Bytes data(bytes, 0x55);
-  hdcContext.outputDescriptor = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  const double seconds = secondsOf([&] {
-    hdcInitialize(20 * 1024 * 1024, 5 * 1024 * 1024);
-    hdcStartPrintThread(nullptr);
-    hdcWrite(data.data(), static_cast<std::uint32_t>(data.size()));
-    hdcWaitUntilEmpty();
-    hdcStopPrintThread();
-    hdcDestroy();
-  });
-  close(hdcContext.outputDescriptor);
-  return seconds;
-}
-
-double convertBands(BandEncoder& encoder, const Bytes& rgb, std::size_t bands) {
-  return secondsOf([&] {
-    for (std::size_t band = 0; band < bands; ++band) encoder.convert(rgb, band);
-  });
+/// The tags of all pages, strip by strip.
+double encodeTags(const PageGeometry& page) {
+  const Bytes tags(LINES_PER_BLOCK * page.pixelWidth, PAGE_TAG);
+  const std::uint32_t bands = page.pixelHeight / LINES_PER_BLOCK;
+  TagPlane plane;
+  Lap lap;
+  for (std::uint32_t band = 0; band < PAGES * bands; ++band) {
+    plane.append(tags);
+    if (band % bands % BANDS_PER_STRIP != BANDS_PER_STRIP - 1 && band % bands != bands - 1) continue;
+    if (plane.encode().empty()) throw std::runtime_error("tags were not encoded");
+    plane.clear();
+  }
+  return lap();
 }
 
 Series measurePage(const Programs& programs, const std::string& name, const std::string& document) {
-  constexpr unsigned PAGES = 10;
+  constexpr PageGeometry LETTER{4912, 6400, 3};
   tellProgress("stages, " + name);
   const std::string path = programs.write("stages.pdf", document);
   const double rendering = runProgram(Programs::renderer(Programs::product(), path)).processorSeconds;
   const std::string raster = programs.render(Programs::product(), path, "stages.ras");
-  PageBlocks page;
-  readPage(programs, raster, page);  // memory that has never been touched would be charged to the reading
-  const double reading = readPage(programs, raster, page);
-  const std::size_t bands = page.rgb.size() / (3 * LINES_PER_BLOCK * page.width);
-  BandEncoder encoder(page.width);
-  std::size_t length = encoder.encode(page.rgb, 3);
-  const double encoding = secondsOf([&] { length = encoder.encode(page.rgb, 3); });
-  const double converting = convertBands(encoder, page.rgb, bands);
-  Series series{name, "milliseconds a page", {}};
-  const auto add = [&](const char* stage, double seconds) { series.values.emplace_back(stage, 1e3 * seconds); };
-  add("rendering", rendering);
-  add("reading", reading);
-  add("line block ring", passThroughRing(page));
-  add("colour conversion", converting);
-  add("transform and coding", encoding - converting);
-  add("tags", encodeTags(page.width, bands));
-  add("writing", writeOut(length));
-  double steps = 0;
-  for (std::size_t i = 1; i < series.values.size(); ++i) steps += series.values[i].second;
-  const double whole = runProgram(programs.filterOnRaster(raster, PAGES)).processorSeconds / PAGES;
-  add("everything else", whole - steps / 1e3);
+  const StageTimes times = printPages(programs, raster);
+  const double tags = encodeTags(LETTER);
+  const double whole = runProgram(programs.filterOnRaster(raster, PAGES)).processorSeconds;
+  const double steps = times.reading + times.passing + times.converting + times.compressing + times.writing;
+
+  Series series{name, "milliseconds a page", {{"rendering", 1e3 * rendering}}};
+  const auto add = [&](const char* stage, double seconds) { series.values.emplace_back(stage, 1e3 * seconds / PAGES); };
+  add("reading", times.reading);
+  add("line block ring", times.passing);
+  add("colour conversion", times.converting);
+  add("transform and coding", times.compressing - tags);
+  add("tags", tags);
+  add("writing", times.writing);
+  add("everything else", whole - steps);
   return series;
 }
 
