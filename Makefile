@@ -4,7 +4,7 @@
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make faults             fails every single call of the filter that can fail; takes about half an hour
 #   make package            builds the Debian package in out/
-#   make bench              measures the filter
+#   make bench              measures the filter beside libjpeg-turbo, the renderer and rastertopclx
 #   make lint               checks the formatting and runs the static analysis
 
 MAKEFLAGS += --no-print-directory

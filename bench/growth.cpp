@@ -18,7 +18,7 @@ constexpr std::array RESOLUTIONS{Resolution{150, 48}, Resolution{300, 24}, Resol
 
 /// Seconds a page at each resolution, of real jobs and of the filter by itself.
 void measureResolutions(const Programs& programs, Report& report) {
-  constexpr unsigned RENDERED_PAGES = 4;
+  constexpr unsigned RENDERED_PAGES = 2;
   const std::string page = programs.write("page.pdf", makeTextDocument(1));
   const std::string document = programs.write("pages.pdf", makeTextDocument(RENDERED_PAGES));
   Series renderer{"pdftoraster alone", "seconds a page", {}};

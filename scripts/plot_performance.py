@@ -8,7 +8,7 @@ import math
 import sys
 from html import escape
 
-WIDTH, HEIGHT = 860, 640
+WIDTH, HEIGHT = 860, 700
 INK, FAINT = "#333", "#ddd"
 LINE_COLOURS = ["#1f77b4", "#7f7f7f", "#d62728"]
 STAGE_COLOURS = ["#b8bcc4", "#1f77b4", "#76b7e0", "#2ca02c", "#d62728", "#ff9f40", "#9467bd", "#5b4636"]
@@ -52,7 +52,7 @@ def short(value):
 
 def draw_growth(svg, series):
     """Lines of time over resolution, both logarithmic: time in proportion to pixels is a straight line of slope 2."""
-    left, right, top, bottom = 80, 620, 60, 330
+    left, right, top, bottom = 80, 570, 60, 330
     resolutions = [int(name) for name, _ in series[0]["values"]]
     times = [value for one in series for _, value in one["values"]]
     low = 10 ** math.floor(math.log10(min(times)))
@@ -82,26 +82,34 @@ def draw_growth(svg, series):
         svg.text(right + 6, below, words, colour=colour)
 
 
-def draw_stages(svg, bars):
-    """A bar for each page, whose parts are the shares of processor time."""
-    left, right, top, bar_height = 130, 830, 430, 34
-    svg.text(80, top - 34, "Share of each stage in the processor time of a page at 600 dpi", size=15, weight="bold")
-    for row, bar in enumerate(bars):
-        y = top + row * (bar_height + 26)
-        parts = [(name, max(value, 0)) for name, value in bar["values"]]
-        total = sum(value for _, value in parts)
-        svg.text(left - 10, y + 16, bar["name"].removeprefix("a "), "end")
-        svg.text(left - 10, y + 32, f"{total:.0f} ms", "end", 11)
-        x = left
-        for (_, value), colour in zip(parts, STAGE_COLOURS):
-            width = value / total * (right - left)
-            svg.rect(x, y, width, bar_height, colour)
-            if width > 34:
-                svg.text(x + width / 2, y + bar_height + 14, f"{100 * value / total:.1f} %", "middle", 11)
-            x += width
-    y = top + len(bars) * (bar_height + 26) + 14
-    for index, ((name, _), colour) in enumerate(zip(bars[0]["values"], STAGE_COLOURS)):
-        x = left + index % 4 * 178
+def draw_bar(svg, y, title, parts):
+    """One bar of (value, colour) parts across the drawing, with the larger shares written below."""
+    left, right, height = 190, 830, 28
+    total = sum(value for value, _ in parts)
+    svg.text(left - 10, y + 13, title, "end")
+    svg.text(left - 10, y + 27, f"{total:.0f} ms", "end", 11)
+    x = left
+    for value, colour in parts:
+        width = value / total * (right - left)
+        svg.rect(x, y, width, height, colour)
+        if width > 34:
+            svg.text(x + width / 2, y + height + 13, f"{100 * value / total:.1f} %", "middle", 11)
+        x += width
+
+
+def draw_stages(svg, pages):
+    """Two bars for each page: all of its processor time, and the filter's part of it."""
+    top, distance = 430, 52
+    svg.text(80, top - 24, "Share of each stage in the processor time of a page at 600 dpi", size=15, weight="bold")
+    for index, page in enumerate(pages):
+        # A remainder may come out slightly below zero: it is a difference of two measurements.
+        parts = [(max(value, 0), colour) for (_, value), colour in zip(page["values"], STAGE_COLOURS)]
+        y = top + 2 * index * distance
+        draw_bar(svg, y, page["name"], parts)
+        draw_bar(svg, y + distance, "the filter's part of it", parts[1:])
+    y = top + 2 * len(pages) * distance + 18
+    for index, ((name, _), colour) in enumerate(zip(pages[0]["values"], STAGE_COLOURS)):
+        x = 80 + index % 4 * 195
         svg.rect(x, y + index // 4 * 24 - 11, 13, 13, colour)
         svg.text(x + 19, y + index // 4 * 24, name)
 
