@@ -56,14 +56,14 @@ Setup Programs::inkPrinter() const {
 }
 
 std::string Programs::write(const std::string& name, const std::string& text) const {
-  const std::string path = folder_ + "/" + name;
+  std::string path = folder_ + "/" + name;
   std::ofstream file(path, std::ios::binary);
   if (!(file << text).flush()) throw std::runtime_error("cannot write " + path);
   return path;
 }
 
 std::string Programs::render(const Setup& setup, const std::string& document, const std::string& name) const {
-  const std::string path = folder_ + "/" + name;
+  std::string path = folder_ + "/" + name;
   runIntoFile(renderer(setup, document), path);
   return path;
 }

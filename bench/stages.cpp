@@ -1,9 +1,10 @@
 // Where the time of a page goes: the steps of the job thread and of the image thread, called band by band as the two
 // call them, on pages that pdftoraster has rendered. What the whole filter takes beyond the sum is told as well.
+#include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include <unistd.h>
 
@@ -87,9 +88,9 @@ void printPage(RasterStream& stream, const PageGeometry& page, LineBlock& block,
 }
 
 StageTimes printPages(const Programs& programs, const std::string& raster) {
-  std::vector<std::string> texts{"Bench", "1", "bench", "Benchmark", "1", ""};
-  std::vector<char*> arguments;
-  for (std::string& text : texts) arguments.push_back(text.data());
+  std::array<std::string, 6> texts{"Bench", "1", "bench", "Benchmark", "1", ""};
+  std::array<char*, texts.size()> arguments{};
+  std::ranges::transform(texts, arguments.begin(), [](std::string& text) { return text.data(); });
   const StandardInput restoredAtEnd;
   const Renderer renderer(REPLAY_SERVERBIN, arguments.data(), programs.replayDocument(raster, PAGES));
   RasterStream stream(renderer);
