@@ -55,14 +55,14 @@ void CopyCache::finishPage(bool more, bool cancelled) {
 }
 
 void CopyCache::replaySheets(int sides) {
-  for (std::int32_t copy = 1; copy < copies_; ++copy) {
+  for (std::int32_t copy = 1; copy < copies_ && writer_.wanted(); ++copy) {
     for (int side = 0; side < sides; ++side) replay(rasterLD[side]);
   }
 }
 
 void CopyCache::replayLoneFronts() {
   makeBlankBack();
-  for (std::int32_t copy = 1; copy < copies_; ++copy) {
+  for (std::int32_t copy = 1; copy < copies_ && writer_.wanted(); ++copy) {
     replay(rasterBlankLD);
     replay(rasterLD[0]);
   }

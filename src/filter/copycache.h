@@ -25,11 +25,13 @@ class CopyCache {
  public:
   using Block = std::span<const std::uint8_t>;
 
-  /// What a replay needs: how to begin a page, how to send a line block of it, and how to end it.
+  /// What a replay needs: how to begin a page, how to send a line block of it, and how to end it; and whether a
+  /// further copy is still wanted, which is asked before each.
   struct PageWriter {
     std::function<void()> start;
     std::function<void(Block)> send;
     std::function<void()> end;
+    std::function<bool()> wanted;
   };
 
   /// `copies` is the number of each page wanted; 1 or less makes a cache that does nothing.

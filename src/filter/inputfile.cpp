@@ -9,9 +9,9 @@
 #include <cups/cups.h>
 #include <unistd.h>
 
+#include "filter/cancel.h"
 #include "filter/descriptor.h"
 #include "filter/joberror.h"
-#include "filter/jobstate.h"
 #include "hdc/poll.h"
 #include "hdc/report.h"
 
@@ -27,7 +27,7 @@ constexpr char COPY_FAILED[] = "ERROR: Unable to copy PDF file!";
 /// Copies standard input to `copy` until its end or SIGTERM. Returns 0 or the error number.
 int copyStandardInput(int copy) {
   std::array<std::uint8_t, COPY_SIZE> buffer;
-  const auto cancelled = [](std::chrono::milliseconds) { return isTerminated.load(std::memory_order_acquire) != 0; };
+  const auto cancelled = [](std::chrono::milliseconds) { return isCancelled(); };
   for (;;) {
     const ssize_t got = readWhenReady(STDIN_FILENO, buffer.data(), buffer.size(), cancelled);
     if (got < 0) return errno;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "filter/cancel.h"
 #include "filter/jobstate.h"
 #include "hdc/hdc.h"
 #include "hdc/report.h"
@@ -30,6 +31,7 @@ int endFailedJob(const JobError& failure) {
       report("%s\n", failure.message.c_str());
     }
   }
+  if (failure.cancelled) return 0;
   return failure.error != 0 ? failure.error : EIO;
 }
 
@@ -49,8 +51,9 @@ void checkThreads() {
   const int outputError = hdcFailure();
   if (outputError == 0) return;
   if (outputError == ENOMEM) failJob(NO_MEMORY, outputError);
-  // A spooler that cancels a job ends the backend as well; the broken pipe that follows is no news to anybody.
-  if (isTerminated.load(std::memory_order_acquire) != 0) failJobWithText({}, outputError);
+  // A spooler that cancels a job may end the backend as well, and one that is stuck takes nothing more: no news to
+  // anybody.
+  if (isCancelled()) throw JobError{"DEBUG: The cancelled job is not written to its end", outputError, true, true};
   failJob("ERROR: Unable to write the print data", outputError);
 }
 

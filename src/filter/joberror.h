@@ -16,6 +16,7 @@ struct JobError {
   std::string message;
   int error = 0;
   bool withReason = true;  ///< the message is followed by ": " and the system's text for `error`
+  bool cancelled = false;  ///< the job was cancelled and its output taken away, which is no failure
 };
 
 /// Ends the job with "`message`: system's error text" in the log and `error` as the exit status.
@@ -24,7 +25,7 @@ struct JobError {
 /// Ends the job with `message` alone in the log and `error` as the exit status.
 [[noreturn]] void failJobWithText(std::string message, int error);
 
-/// Writes the message of a failed job and returns the exit status, which is never 0.
+/// Writes the message of a failed job and returns the exit status, which is 0 only when the job was cancelled.
 int endFailedJob(const JobError& failure);
 
 /// The same for a job that found no memory, without needing any.

@@ -1,6 +1,7 @@
 #include "filter/outputchannel.h"
 
 #include "filter/joberror.h"
+#include "filter/jobstate.h"
 #include "hdc/hdc.h"
 
 namespace kesto {
@@ -11,7 +12,8 @@ constexpr std::uint32_t FLUSH_THRESHOLD = 5 * 1024 * 1024;
 
 }  // namespace
 
-OutputChannel::OutputChannel(const char* connectivity) {
+void OutputChannel::start(const char* connectivity) {
+  hdcContext.cancelFlag = &isTerminated;
   hdcInitialize(RING_CAPACITY, FLUSH_THRESHOLD);
   if (hdcFailure() != 0) failJobWithText({}, hdcFailure());  // the ring has told the log itself
   hdcStartPrintThread(const_cast<char*>(connectivity));

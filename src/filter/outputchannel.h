@@ -3,15 +3,17 @@
 
 namespace kesto {
 
-/// Owns the channel's print thread. Job thread only.
+/// Owns the channel's print thread. It has to outlive the image thread, which writes into the channel. Job thread only.
 class OutputChannel {
  public:
-  /// Makes the channel's ring and starts its print thread; ends the job when either fails.
-  explicit OutputChannel(const char* connectivity);
+  OutputChannel() = default;
   OutputChannel(const OutputChannel&) = delete;
   OutputChannel& operator=(const OutputChannel&) = delete;
   /// Stops the print thread. Bytes that `finish` has not drained are lost, as the job has failed.
   ~OutputChannel();
+
+  /// Makes the channel's ring and starts its print thread; ends the job when either fails.
+  void start(const char* connectivity);
 
   /// Returns once every byte has reached standard output; ends the job when that fails.
   void finish();

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <string>
 
+#include "filter/cancel.h"
 #include "filter/joberror.h"
 #include "filter/jobstate.h"
 #include "filter/pagepipeline.h"
@@ -61,8 +63,10 @@ void finishPage() {
   end_page();
 }
 
-bool isCancelled() {
-  return isTerminated.load(std::memory_order_acquire) != 0;
+/// After SIGTERM the copies of the page that has begun are still made, but a thousand copies would take minutes.
+bool isCopyWanted() {
+  constexpr std::chrono::milliseconds CANCEL_COPIES_TIME{500};
+  return timeSinceCancel() < CANCEL_COPIES_TIME;
 }
 
 }  // namespace
@@ -78,7 +82,8 @@ PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copi
   const auto blockSize = static_cast<std::uint32_t>(block_->bytes().size());
   if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockSize)) failJobWithText({}, ENOMEM);
   copies_.emplace(copies, jobsetting->duplex == ON, geometry_,
-                  CopyCache::PageWriter{.start = [this] { startPage(); }, .send = sendBlock, .end = finishPage});
+                  CopyCache::PageWriter{
+                      .start = [this] { startPage(); }, .send = sendBlock, .end = finishPage, .wanted = isCopyWanted});
 }
 
 PageLoop::~PageLoop() {

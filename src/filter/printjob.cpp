@@ -13,6 +13,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "filter/cancel.h"
 #include "filter/device.h"
 #include "filter/imagethread.h"
 #include "filter/inputfile.h"
@@ -115,7 +116,7 @@ class Settings {
 
 /// Ends the renderer: with its raster read to the end it may end by itself, and its status says how it went.
 void endRenderer(Renderer& renderer, const PageLoop& loop) {
-  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly()) {
+  if (isCancelled() || loop.leftEarly()) {
     renderer.stop();
   } else {
     renderer.finish();
@@ -137,7 +138,7 @@ void checkRaster(const RasterStream& raster) {
 
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
 void reportIncomplete(const Renderer& renderer, const RasterStream& raster, const PageLoop& loop) {
-  if (isTerminated.load(std::memory_order_acquire) != 0 || loop.leftEarly() || !renderer.started()) return;
+  if (isCancelled() || loop.leftEarly() || !renderer.started()) return;
   if (!raster.fault().empty()) {
     report("ERROR: Page %d is not printed: %s.\n", loop.pageCount() + 1, raster.fault().c_str());
     return;
@@ -155,6 +156,7 @@ void reportIncomplete(const Renderer& renderer, const RasterStream& raster, cons
 }  // namespace
 
 int runJob(int argc, char* argv[]) {
+  installSignalHandlers();  // first, as a job may be cancelled as soon as it has begun
   const char* fileType = environmentValue("CUPS_FILETYPE");
   report("START MAIN\n");
   const char* uri = environmentValue("DEVICE_URI");
@@ -166,7 +168,6 @@ int runJob(int argc, char* argv[]) {
     return 1;
   }
   reserveDescriptors();
-  installSignalHandlers();
 
   const InputFile pdf = findInput(argc, argv);
   PdfInspection inspection(pdf.name());
@@ -180,10 +181,11 @@ int runJob(int argc, char* argv[]) {
   checkRaster(raster);
   if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
   Settings settings(raster.header(), argv[OPTIONS]);
+  OutputChannel output;
   PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
 
   StatusMonitor monitor(device);
-  OutputChannel output(connectivityType);
+  output.start(connectivityType);
   writeStatusRequests(device);
   writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);
   startSession(jobsetting->resolution);
@@ -201,7 +203,7 @@ int runJob(int argc, char* argv[]) {
   checkRaster(raster);
   reportIncomplete(renderer, raster, loop);
   report("END MAIN\n");
-  report("IS terminated %d\n", isTerminated.load(std::memory_order_acquire));
+  report("IS terminated %d\n", isCancelled() ? 1 : 0);
   return 0;
 }
 

@@ -7,16 +7,15 @@
 
 #include <unistd.h>
 
+#include "filter/cancel.h"
 #include "filter/descriptor.h"
 #include "filter/joberror.h"
-#include "filter/jobstate.h"
 #include "jobsettings/rasterword.h"
 
 namespace kesto {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 /// The widest line whose length, rounded up to a multiple of 16, is a 16-bit SourceWidth, and the highest page whose
 /// last strip still begins at a signed 16-bit Point.
@@ -32,7 +31,7 @@ constexpr milliseconds ORPHAN_SILENCE{300};
 /// After SIGTERM the page that has begun is to be finished, but not at any price: how long the renderer may be silent,
 /// and how long it may take in all.
 constexpr milliseconds CANCEL_SILENCE{400};
-constexpr milliseconds CANCEL_TIME{2500};
+constexpr milliseconds CANCEL_TIME{600};
 
 /// Makes sure that a text field of a header ends.
 template <std::size_t N>
@@ -170,11 +169,9 @@ ssize_t RasterStream::fillInput() {
 bool RasterStream::nothingMoreComes(milliseconds silence) {
   // A printer or its cable that fails leaves nobody to render for.
   if (threadsFailed()) return true;
-  if (isTerminated.load(std::memory_order_acquire) != 0) {
-    if (cancelSeen_ == Clock::time_point{}) cancelSeen_ = Clock::now();
-    const auto sinceCancel = std::chrono::duration_cast<milliseconds>(Clock::now() - cancelSeen_);
+  if (isCancelled()) {
     if (linesLeft_ == 0) return true;  // no page has begun
-    return std::min(silence, sinceCancel) >= CANCEL_SILENCE || sinceCancel >= CANCEL_TIME;
+    return std::min(silence, timeSinceCancel()) >= CANCEL_SILENCE || timeSinceCancel() >= CANCEL_TIME;
   }
   return silence >= ORPHAN_SILENCE && renderer_.ended();
 }

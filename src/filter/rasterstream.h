@@ -72,7 +72,6 @@ class RasterStream {
   bool endedEarly_ = false;
   int error_ = 0;
   std::string fault_;
-  std::chrono::steady_clock::time_point cancelSeen_ = {};
 };
 
 }  // namespace kesto

@@ -1,9 +1,12 @@
 #include "filter/renderer.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <tuple>
 
 #include <fcntl.h>
@@ -12,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "filter/cancel.h"
 #include "filter/joberror.h"
 #include "hdc/poll.h"
 #include "hdc/report.h"
@@ -28,9 +32,18 @@ constexpr milliseconds TERMINATE_TIME{200};
 /// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
 constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
 
+/// How long processes that the renderer has left may take to go when they are killed.
+constexpr milliseconds ORPHANS_TIME{500};
+
 /// The descriptors of the spooler's back and side channel, which are the filter's alone.
 constexpr int BACK_CHANNEL = 3;
 constexpr int SIDE_CHANNEL = 4;
+
+/// The children of the calling thread; a process inherits by its first thread, which is the job thread.
+std::vector<pid_t> childrenOfThisThread() {
+  std::ifstream list("/proc/thread-self/children");
+  return {std::istream_iterator<pid_t>(list), {}};
+}
 
 /// The child's way to the renderer program; only calls that are safe after a fork. Never returns.
 [[noreturn]] void becomeRenderer(const char* program, char* const arguments[], int rasterOut, int errorOut,
@@ -74,6 +87,8 @@ void Renderer::start(char* const arguments[]) {
   if (error == 0) error = execError.open();
   if (error != 0) failJob("ERROR: Unable to create pipe!", error);
 
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+  inheritedChildren_ = childrenOfThisThread();
   const pid_t parent = getpid();
   child_ = fork();
   if (child_ < 0) failJob("ERROR: Unable to fork pdftoraster!", errno);
@@ -110,7 +125,7 @@ bool Renderer::endsWithin(milliseconds time) const {
 }
 
 void Renderer::finish() {
-  std::ignore = endsWithin(FINISH_TIME);
+  std::ignore = pollUntil([this] { return ended() || isCancelled(); }, FINISH_TIME);
   stop();
 }
 
@@ -130,6 +145,18 @@ void Renderer::stop() {
   } while (reaped < 0 && errno == EINTR);
   if (reaped == child_ && endedByItself) end_ = status;
   child_ = -1;
+  std::ignore = pollUntil([this] { return endOrphans(); }, ORPHANS_TIME);
+}
+
+bool Renderer::endOrphans() const {
+  bool none = true;
+  for (const pid_t orphan : childrenOfThisThread()) {
+    if (std::ranges::find(inheritedChildren_, orphan) != inheritedChildren_.end()) continue;
+    none = false;
+    kill(orphan, SIGKILL);
+    waitpid(orphan, nullptr, WNOHANG);
+  }
+  return none;
 }
 
 std::optional<std::string> Renderer::failure() const {

@@ -1,13 +1,15 @@
 // The renderer: the spooler's pdftoraster as a child process whose raster arrives on the job's standard input.
 //
 // The child leads a process group of its own. A spooler that cancels a job signals the filter's whole group; the page
-// that has begun can be finished all the same, and when the job ends nothing that the child started outlives it. Should
-// the job itself be killed, the kernel ends the child.
+// that has begun can be finished all the same, and when the job ends nothing that the child started outlives it: its
+// group is killed, and what has left the group becomes this process's own child when its parent ends, as this process
+// is made a subreaper. Should the job itself be killed, the kernel ends the child.
 #pragma once
 
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -29,7 +31,7 @@ class Renderer {
   /// True once the child has ended; looks without waiting.
   [[nodiscard]] bool ended() const;
 
-  /// Gives the child a moment to end by itself after its raster has ended, then ends it.
+  /// Gives the child a moment to end by itself after its raster has ended, then ends it; at once after SIGTERM.
   void finish();
 
   /// Ends the child and what it has started, at once, and reaps it.
@@ -50,10 +52,13 @@ class Renderer {
   void start(char* const arguments[]);
   void checkExec(int descriptor);
   [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;
+  /// Kills what the renderer has left outside of its group; true when there was nothing.
+  [[nodiscard]] bool endOrphans() const;
 
   std::string program_;
-  pid_t child_ = -1;        ///< -1 once reaped
-  std::optional<int> end_;  ///< the child's wait status, when it ended by itself
+  pid_t child_ = -1;                      ///< -1 once reaped
+  std::vector<pid_t> inheritedChildren_;  ///< children that this process had before, and that are none of its business
+  std::optional<int> end_;                ///< the child's wait status, when it ended by itself
   bool started_ = false;
 };
 

@@ -6,7 +6,10 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
+
+#include <signal.h>
 
 #include "hdc/poll.h"
 
@@ -23,6 +26,32 @@ void fail(int error) {
 
 bool isStopped() {
   return hdcContext.running.load(std::memory_order_acquire) == 0;
+}
+
+bool isCancelled() {
+  return hdcContext.cancelFlag != nullptr && hdcContext.cancelFlag->load(std::memory_order_acquire) != 0;
+}
+
+/// Takes the print thread out of a write that blocks. Installed without SA_RESTART, so that the write returns what has
+/// gone out so far, or EINTR.
+constexpr int WAKE_SIGNAL = SIGUSR1;
+
+void catchWakeSignal() {
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  sigemptyset(&action.sa_mask);
+  sigaction(WAKE_SIGNAL, &action, nullptr);
+}
+
+/// Waits for something that the print thread brings about. The wait of a cancelled job keeps waking the print thread,
+/// which could not tell a reader that takes its time from one that takes nothing while its write blocks.
+template <class Ready>
+void waitForPrintThread(Ready ready) {
+  pollUntil([&ready] {
+    if (ready()) return true;
+    if (isCancelled()) pthread_kill(hdcContext.printThread, WAKE_SIGNAL);
+    return false;
+  });
 }
 
 bool acceptsBytes() {
@@ -42,8 +71,8 @@ std::size_t sureRoom() {
   return std::min(hdcContext.buffer.size.load(std::memory_order_relaxed) - drainThreshold(), MOST);
 }
 
-/// One write call. Returns false when the descriptor takes nothing at the moment, true when some of `rest` went out
-/// (and was removed from it) or the channel has failed.
+/// One write call. Returns false when the descriptor takes nothing at the moment or a cancelled job has been woken,
+/// true when some of `rest` went out (and was removed from it) or the channel has failed.
 bool writeSome(std::span<const std::uint8_t>& rest) {
   static_assert(EAGAIN == EWOULDBLOCK);
   for (;;) {
@@ -53,6 +82,7 @@ bool writeSome(std::span<const std::uint8_t>& rest) {
       return true;
     }
     if (written == 0 || errno == EAGAIN) return false;
+    if (errno == EINTR && isCancelled()) return false;
     if (errno == EINTR) continue;
     fail(errno);
     return true;
@@ -81,6 +111,7 @@ void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold) {
 
 void hdcStartPrintThread(void* argument) {
   if (hdcContext.running.exchange(1, std::memory_order_acq_rel) == 1) return;
+  catchWakeSignal();
   const int error = pthread_create(&hdcContext.printThread, nullptr, print_thread, argument);
   if (error != 0) {
     hdcContext.running.store(0, std::memory_order_release);
@@ -92,7 +123,7 @@ std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count) {
   std::span rest(bytes, count);
   while (!rest.empty()) {
     std::size_t room = 0;
-    pollUntil([&rest, &room] {
+    waitForPrintThread([&rest, &room] {
       if (!acceptsBytes()) return true;
       room = static_cast<std::size_t>(cbufferGetAvailableSpace(&hdcContext.buffer));
       return room >= std::min(rest.size(), sureRoom());
@@ -107,12 +138,12 @@ std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count) {
 
 void hdcWaitUntilEmpty() {
   hdcContext.flushThreshold.store(0, std::memory_order_release);
-  pollUntil([] { return cbufferIsEmpty(&hdcContext.buffer) || hdcFailure() != 0; });
+  waitForPrintThread([] { return cbufferIsEmpty(&hdcContext.buffer) || hdcFailure() != 0; });
 }
 
 void hdcStopPrintThread() {
   if (hdcContext.running.exchange(0, std::memory_order_acq_rel) == 0) return;
-  pthread_join(hdcContext.printThread, nullptr);
+  waitForPrintThread([] { return pthread_tryjoin_np(hdcContext.printThread, nullptr) != EBUSY; });
 }
 
 void hdcAbandon() {
@@ -139,7 +170,15 @@ void* print_thread(void* /*argument*/) {
 void write_bytes(const std::uint8_t* bytes, std::int32_t count) {
   std::span rest(bytes, static_cast<std::size_t>(std::max(count, 0)));
   while (!rest.empty() && hdcFailure() == 0) {
-    pollUntil([&rest] { return writeSome(rest); });
+    std::optional<std::chrono::steady_clock::time_point> stalled;  // when the cancelled job's reader took nothing first
+    pollUntil([&rest, &stalled] {
+      if (writeSome(rest)) return true;
+      if (!isCancelled()) return false;
+      const auto now = std::chrono::steady_clock::now();
+      if (now - stalled.value_or(now) >= STALL_TIME) fail(ECANCELED);
+      if (!stalled) stalled = now;
+      return hdcFailure() != 0;
+    });
   }
 }
 

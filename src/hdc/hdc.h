@@ -9,6 +9,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 #include <pthread.h>
@@ -25,9 +26,14 @@ struct HdcContext {
   std::atomic<std::uint32_t> flushThreshold{0};  ///< written by the job thread, read by writers and the print thread
   std::atomic<int> failure{0};  ///< first final error as an errno, 0 for none; written by whoever meets it, read by all
   int outputDescriptor{STDOUT_FILENO};  ///< where the bytes go; fixed before the print thread starts
+  const std::atomic<std::uint8_t>* cancelFlag{
+      nullptr};  ///< not 0 once the job is cancelled; fixed as well; null: never
 };
 
 extern HdcContext hdcContext;
+
+/// How long a cancelled job waits for a reader that takes nothing. One that takes its time gets the job whole.
+inline constexpr std::chrono::milliseconds STALL_TIME{3000};
 
 /// Prepares the channel: an empty ring of `capacity` bytes that is drained when it holds more than `flushThreshold`.
 ///
@@ -51,7 +57,8 @@ std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count);
 /// The last block may still be on its way to the descriptor; hdcStopPrintThread waits for it.
 void hdcWaitUntilEmpty();
 
-/// Ends the print thread and waits for it. The block in its hands is written in full, bytes in the ring are not.
+/// Ends the print thread and waits for it. The block in its hands is written in full, bytes in the ring are not. In a
+/// cancelled job a reader that takes nothing for STALL_TIME is given up: the channel fails with ECANCELED.
 /// Nothing happens when no print thread runs.
 void hdcStopPrintThread();
 
@@ -74,7 +81,7 @@ void* print_thread(void* argument);
 ///
 /// A short write goes on with the next byte; an interrupted one is repeated at once; a descriptor that takes nothing at
 /// the moment is tried again at polling pace. Stopping the print thread does not cut a block short: the printer would
-/// get half a page.
+/// get half a page. Only in a cancelled job a descriptor that takes nothing for STALL_TIME is given up.
 void write_bytes(const std::uint8_t* bytes, std::int32_t count);
 
 }  // namespace kesto

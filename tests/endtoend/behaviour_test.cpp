@@ -148,29 +148,6 @@ TEST(Behaviour, AProcessThatOutlivesTheRendererDoesNotHoldTheJob) {
   EXPECT_LT(outcome.duration, std::chrono::seconds(5));
 }
 
-TEST(Behaviour, SigtermFinishesThePageThatHasBegunAndEndsTheRenderer) {
-  const char* recipes[] = {
-      "page\npage height=64 lines=20\nignoresignals\nhang",  // within a page
-      "page\npage\nignoresignals\nhang",                     // between pages
-  };
-  for (const char* recipe : recipes) {
-    TemporaryFolder folder;
-    Process filter(filterCommand({.document = recipe, .onStandardInput = true}, folder));
-    ASSERT_TRUE(filter.waitForLog("PAGE: 2"));
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    filter.signal(SIGTERM);
-    const Outcome outcome = filter.finish();
-    EXPECT_EQ(outcome.status, 0) << outcome.log;
-    EXPECT_TRUE(outcome.linesWith("ERROR:").empty()) << outcome.log;
-    EXPECT_NE(outcome.log.find("IS terminated 1"), std::string::npos);
-    EXPECT_LT(outcome.duration, std::chrono::seconds(5));
-    const Job job = parseJob(outcome.output);
-    EXPECT_EQ(job.pages.size(), 2u);
-    EXPECT_EQ(job.pages.at(1).height() % 16, 0u);
-    EXPECT_EQ(processesWith("KESTO_TEST_FOLDER=" + folder.path()), 0);
-  }
-}
-
 TEST(Behaviour, AClosedOutputEndsTheJobWithTheErrorNumber) {
   TemporaryFolder folder;
   std::string recipe;
@@ -180,7 +157,7 @@ TEST(Behaviour, AClosedOutputEndsTheJobWithTheErrorNumber) {
   const Outcome outcome = filter.finish();
   EXPECT_EQ(outcome.status, EPIPE) << outcome.log;
   EXPECT_NE(onlyError(outcome).find("Unable to write the print data: Broken pipe"), std::string::npos);
-  EXPECT_EQ(processesWith("KESTO_TEST_FOLDER=" + folder.path()), 0);
+  expectNothingLeft(folder);
 }
 
 TEST(Behaviour, AFullDiskIsReportedOnce) {

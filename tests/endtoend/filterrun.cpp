@@ -1,5 +1,7 @@
 #include "endtoend/filterrun.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,7 +11,18 @@
 namespace kesto::test {
 namespace {
 
-constexpr char MARKER[] = "KESTO_TEST_FOLDER=";
+constexpr char FOLDER_VARIABLE[] = "KESTO_TEST_FOLDER";
+
+/// The processes that carry `marker` in their environment.
+int processesWith(const std::string& marker) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream stream(entry.path() / "environ", std::ios::binary);
+    const std::string environment{std::istreambuf_iterator<char>(stream), {}};
+    if (environment.find(marker) != std::string::npos) ++count;
+  }
+  return count;
+}
 
 }  // namespace
 
@@ -26,7 +39,7 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
   command.environment = {{"PPD", call.ppd},
                          {"DEVICE_URI", call.deviceUri},
                          {"TMPDIR", folder.path() + "/tmp"},
-                         {"KESTO_TEST_FOLDER", folder.path()},
+                         {FOLDER_VARIABLE, folder.path()},
                          {"PATH", "/usr/bin:/bin"}};
   if (!call.fileType.empty()) command.environment.emplace_back("CUPS_FILETYPE", call.fileType);
   const std::string serverBin = call.realRenderer ? "/usr/lib/cups" : KESTO_STANDIN_SERVERBIN;
@@ -35,14 +48,22 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
   return command;
 }
 
-int processesWith(const std::string& marker) {
-  int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    std::ifstream stream(entry.path() / "environ", std::ios::binary);
-    const std::string environment{std::istreambuf_iterator<char>(stream), {}};
-    if (environment.find(marker) != std::string::npos) ++count;
-  }
-  return count;
+void expectNothingLeft(const TemporaryFolder& folder) {
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
+  EXPECT_EQ(processesWith(FOLDER_VARIABLE + ("=" + folder.path())), 0);
+}
+
+Bytes withoutDate(const Bytes& job) {
+  std::string text(job.begin(), job.end());
+  const std::size_t date = text.find("FDATETIME=");
+  if (date == std::string::npos) return job;
+  text.erase(date, text.find('\n', date) - date);
+  return {text.begin(), text.end()};
+}
+
+int soakCount(int fallback) {
+  const char* count = std::getenv("KESTO_SOAK");  // NOLINT(concurrency-mt-unsafe): one thread
+  return count == nullptr ? fallback : std::max(1, std::atoi(count));
 }
 
 Outcome runFilter(const FilterCall& call) {
@@ -50,8 +71,7 @@ Outcome runFilter(const FilterCall& call) {
   Outcome outcome = run(filterCommand(call, folder));
   EXPECT_FALSE(outcome.timedOut);
   EXPECT_EQ(outcome.signal, 0) << outcome.log;
-  EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
-  EXPECT_EQ(processesWith(MARKER + folder.path()), 0);
+  expectNothingLeft(folder);
   if (!outcome.output.empty()) {
     EXPECT_EQ(faultOf(outcome.output), "");
   }
@@ -63,14 +83,6 @@ Job printJob(const FilterCall& call) {
   EXPECT_EQ(outcome.status, 0) << outcome.log;
   EXPECT_EQ(outcome.linesWith("ERROR:").size(), 0u) << outcome.log;
   return parseJob(outcome.output);
-}
-
-Bytes withoutDate(const Bytes& job) {
-  std::string text(job.begin(), job.end());
-  const std::size_t date = text.find("FDATETIME=");
-  if (date == std::string::npos) return job;
-  text.erase(date, text.find('\n', date) - date);
-  return {text.begin(), text.end()};
 }
 
 }  // namespace kesto::test

@@ -29,13 +29,16 @@ struct FilterCall {
 /// temporary file and no process behind, and what it has written, if anything, is a job that the job reader finds good.
 [[nodiscard]] Outcome runFilter(const FilterCall& call);
 
-/// Runs the filter, expects exit status 0 and no "ERROR:" line, and takes the job apart.
-[[nodiscard]] Job printJob(const FilterCall& call);
+/// Expects that a run with this folder has left no temporary file and no process behind.
+void expectNothingLeft(const TemporaryFolder& folder);
 
-/// The bytes of a job without its date, which changes from run to run.
+/// The job without its date, which changes from run to run.
 [[nodiscard]] Bytes withoutDate(const Bytes& job);
 
-/// The child processes that carry `marker` in their environment, beside the caller's own.
-[[nodiscard]] int processesWith(const std::string& marker);
+/// How often a test that repeats itself is to do so: KESTO_SOAK, or `fallback` where that is not set.
+[[nodiscard]] int soakCount(int fallback);
+
+/// Runs the filter, expects exit status 0 and no "ERROR:" line, and takes the job apart.
+[[nodiscard]] Job printJob(const FilterCall& call);
 
 }  // namespace kesto::test

@@ -1,12 +1,16 @@
 // A stand-in for the spooler's renderer: the "document" it is given is a recipe of what to deliver and how to behave.
 //
 //   page width=64 height=16 bits=24 pattern=noise seed=1 ...   a raster page (see support/raster.cpp for the keys);
-//                                                              lines=N sends only so many of its lines, and
-//                                                              part=N as many bytes of the one that follows
+//                                                              lines=N sends only so many of its lines and part=N as
+//                                                              many bytes of the next, headerbytes=N only so much of
+//                                                              its header; pause=MS between lines
 //   sleep ms=100 | hang | crash | exit status=3 | close        pauses and ends
 //   bytewise                                                   from here on one byte at a time
 //   chatter lines=1000                                         lines on standard error
-//   orphan                                                     leaves a process behind that keeps the pipe open
+//   orphan session=1                                           leaves a process behind that keeps the pipe open, in the
+//                                                              renderer's session or, with session=1, in its own
+//   sync word=0x52615332                                       another word that the raster begins with
+//   ignoresignals                                              SIGTERM does nothing from here on
 //   arguments                                                  tells its arguments and descriptors on standard error
 #include <algorithm>
 #include <chrono>
@@ -28,7 +32,7 @@ namespace {
 
 using kesto::test::Step;
 
-constexpr std::uint32_t SYNC_WORD = 0x52615333;  // version 3: uncompressed, in the host's byte order
+std::uint32_t syncWord = 0x52615333;  // version 3: uncompressed, in the host's byte order
 
 bool bytewise = false;
 
@@ -44,21 +48,23 @@ void send(const void* data, std::size_t count) {
 
 void sendPage(const Step& page) {
   static bool started = false;
-  if (!started) send(&SYNC_WORD, sizeof SYNC_WORD);
+  if (!started) send(&syncWord, sizeof syncWord);
   started = true;
   const cups_page_header2_t header = kesto::test::headerOf(page);
-  send(&header, sizeof header);
+  send(&header, page.number("headerbytes", sizeof header));
   const unsigned lines = page.number("lines", header.cupsHeight);
   for (unsigned line = 0; line < lines; ++line) {
     const auto bytes = kesto::test::lineOf(page, header, line);
     send(bytes.data(), bytes.size());
+    std::this_thread::sleep_for(std::chrono::milliseconds(page.number("pause", 0)));
   }
   const auto cut = kesto::test::lineOf(page, header, lines);
   send(cut.data(), std::min<std::size_t>(cut.size(), page.number("part", 0)));
 }
 
-void leaveOrphan() {
+void leaveOrphan(const Step& step) {
   if (fork() != 0) return;
+  if (step.number("session", 0) != 0) setsid();
   for (int i = 0; i < 600; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
   _exit(0);
 }
@@ -84,8 +90,9 @@ void perform(const Step& step, std::span<char*> arguments) {
   }
   if (step.verb == "exit") std::exit(static_cast<int>(step.number("status", 0)));
   if (step.verb == "close") close(STDOUT_FILENO);
+  if (step.verb == "sync") syncWord = step.number("word", 0);
   if (step.verb == "bytewise") bytewise = true;
-  if (step.verb == "orphan") leaveOrphan();
+  if (step.verb == "orphan") leaveOrphan(step);
   if (step.verb == "arguments") tellArguments(arguments);
   if (step.verb == "ignoresignals") signal(SIGTERM, SIG_IGN);
   if (step.verb == "chatter") {

@@ -75,6 +75,7 @@ Process::Process(const Command& command) : command_(command), start_(std::chrono
   pid_ = fork();
   if (pid_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
   if (pid_ == 0) {
+    if (command_.ownGroup) setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGTERM);  // a test that is killed leaves no daemon behind
     dup2(in[0], STDIN_FILENO);
     dup2(out[1], STDOUT_FILENO);
@@ -86,6 +87,7 @@ Process::Process(const Command& command) : command_(command), start_(std::chrono
     execve(command_.program.c_str(), arguments.data(), variables.data());
     _exit(127);
   }
+  if (command_.ownGroup) setpgid(pid_, pid_);  // whoever of the two comes first makes the group
   close(in[0]);
   close(out[1]);
   close(log[1]);
@@ -113,18 +115,22 @@ void Process::signal(int number) const {
   kill(pid_, number);
 }
 
+void Process::signalGroup(int number) const {
+  kill(-pid_, number);
+}
+
 void Process::closeOutput() {
   closeEnd(output_);
 }
 
 void Process::readSome(int waitMs) {
   const bool inputWanted = inputWritten_ < command_.input.size() || !command_.keepInputOpen;
-  std::array<pollfd, 3> ends = {pollfd{output_, POLLIN, 0}, pollfd{log_, POLLIN, 0},
+  std::array<pollfd, 3> ends = {pollfd{outputHeld_ ? -1 : output_, POLLIN, 0}, pollfd{log_, POLLIN, 0},
                                 pollfd{inputWanted ? input_ : -1, POLLOUT, 0}};
   if (poll(ends.data(), ends.size(), waitMs) <= 0) return;
   std::array<char, 65536> buffer;
   if (ends[0].revents != 0) {
-    const ssize_t got = read(output_, buffer.data(), buffer.size());
+    const ssize_t got = read(output_, buffer.data(), std::min(buffer.size(), command_.outputPiece));
     if (got > 0) outcome_.output.insert(outcome_.output.end(), buffer.data(), buffer.data() + got);
     if (got <= 0) closeEnd(output_);
   }
@@ -164,7 +170,9 @@ bool Process::hasOutput(const std::string& text) const {
 
 void Process::collectFor(milliseconds time) {
   const auto end = std::chrono::steady_clock::now() + time;
-  waitFor([&] { return std::chrono::steady_clock::now() > end; });
+  for (auto now = std::chrono::steady_clock::now(); now < end; now = std::chrono::steady_clock::now()) {
+    readSome(static_cast<int>(std::chrono::ceil<milliseconds>(end - now).count()));
+  }
 }
 
 void Process::writeBackChannel(const std::vector<std::uint8_t>& bytes) const {
@@ -180,7 +188,7 @@ void Process::writeInput(const std::string& text) {
 
 Outcome Process::finish() {
   int status = 0;
-  while (output_ >= 0 || log_ >= 0) {
+  while ((output_ >= 0 && !outputHeld_) || log_ >= 0) {
     if (std::chrono::steady_clock::now() - start_ > command_.timeout) {
       outcome_.timedOut = true;
       kill(pid_, SIGKILL);
@@ -188,6 +196,7 @@ Outcome Process::finish() {
     }
     readSome(50);
   }
+  for (outputHeld_ = false; output_ >= 0 && !outcome_.timedOut;) readSome(50);
   rusage usage = {};
   wait4(pid_, &status, 0, &usage);
   pid_ = -1;

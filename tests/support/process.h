@@ -23,6 +23,8 @@ struct Command {
   std::string input{};                 ///< written to standard input, then closed
   bool backChannel = false;            ///< the program reads from descriptor 3 what writeBackChannel writes
   bool keepInputOpen = false;
+  bool ownGroup = false;            ///< the program leads a process group, as under a spooler that runs as root
+  std::size_t outputPiece = 65536;  ///< standard output is read in pieces of so many bytes at most
   std::chrono::milliseconds timeout{30000};  ///< the program is killed then
 };
 
@@ -48,6 +50,10 @@ class Process {
   ~Process();
 
   void signal(int number) const;
+  /// Signals the program's whole process group, which must be its own.
+  void signalGroup(int number) const;
+  /// While held, nothing is read from the program's standard output. `finish` reads what is left there after the end.
+  void holdOutput(bool held) { outputHeld_ = held; }
   /// Closes this side of the program's standard output, so that it writes into a broken pipe.
   void closeOutput();
   /// Reads what comes until `text` has appeared on standard error, or on standard output. False when it did not within
@@ -65,6 +71,9 @@ class Process {
   /// Waits for the end.
   Outcome finish();
   [[nodiscard]] int pid() const { return pid_; }
+  /// The writing end of descriptor 3.
+  [[nodiscard]] int backChannel() const { return backChannel_; }
+  [[nodiscard]] std::size_t outputSize() const { return outcome_.output.size(); }
 
  private:
   void readSome(int waitMs);
@@ -74,6 +83,7 @@ class Process {
   int pid_ = -1;
   int input_ = -1, output_ = -1, log_ = -1, backChannel_ = -1;
   std::size_t inputWritten_ = 0;
+  bool outputHeld_ = false;
   std::chrono::steady_clock::time_point start_;
   Outcome outcome_;
 };

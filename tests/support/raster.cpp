@@ -47,7 +47,7 @@ void setText(char (&field)[N], const std::string& text) {
 
 unsigned Step::number(const std::string& key, unsigned fallback) const {
   const auto found = settings.find(key);
-  return found == settings.end() ? fallback : static_cast<unsigned>(std::stoul(found->second));
+  return found == settings.end() ? fallback : static_cast<unsigned>(std::stoul(found->second, nullptr, 0));
 }
 
 std::string Step::text(const std::string& key, const std::string& fallback) const {

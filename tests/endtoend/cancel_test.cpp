@@ -1,0 +1,291 @@
+// SIGTERM in every state of a job and at random moments of jobs of every kind: how soon the end comes, what the output
+// is worth, and that nothing is left behind.
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include "endtoend/filterrun.h"
+#include "support/udpresponder.h"
+
+namespace kesto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds LONGEST_END{5000};
+constexpr milliseconds USUAL_END{1000};
+
+/// Whom the spooler signals: one that runs as root the whole group of the filter, any other the filter alone.
+enum class Target { FILTER, GROUP };
+
+/// What becomes of standard output around the cancel.
+enum class Reader { READS, STALLS_AND_GOES_ON, STALLS_FOR_GOOD };
+
+void cancel(Process& filter, Target target) {
+  if (target == Target::GROUP) {
+    filter.signalGroup(SIGTERM);
+  } else {
+    filter.signal(SIGTERM);
+  }
+}
+
+/// Waits for the end of a cancelled job, checks what holds for all of them, and returns how long the end took.
+milliseconds expectOrderlyEnd(Process& filter, const TemporaryFolder& folder, Reader reader, Outcome& outcome) {
+  const auto start = Clock::now();
+  filter.holdOutput(reader != Reader::READS);
+  if (reader == Reader::STALLS_AND_GOES_ON) {
+    filter.collectFor(300ms);
+    filter.holdOutput(false);
+  }
+  outcome = filter.finish();
+  const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+  EXPECT_FALSE(outcome.timedOut);
+  expectNothingLeft(folder);
+  EXPECT_TRUE(outcome.linesWith("ERROR:").empty()) << outcome.log;
+  EXPECT_LE(took, LONGEST_END);
+  if (outcome.signal == SIGTERM && outcome.log.empty()) {
+    EXPECT_TRUE(outcome.output.empty());  // the program had not begun
+    return took;
+  }
+  EXPECT_EQ(outcome.signal, 0) << outcome.log;
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  if (!outcome.output.empty() && reader != Reader::STALLS_FOR_GOOD) {
+    EXPECT_EQ(faultOf(outcome.output), "");
+  }
+  return took;
+}
+
+struct State {
+  const char* name;
+  FilterCall call;
+  const char* reached;  ///< what the log says when the job has come there
+  milliseconds settle{0};
+  unsigned fewestPages = 0, mostPages = 0;
+  Reader reader = Reader::READS;
+};
+
+constexpr char RENDERER_IS_THERE[] = "DEBUG: chatter 0";
+constexpr char SILENT_PRINTER[] = "127.0.0.61";
+
+/// More than the channel's ring and the print thread's block take while nobody reads.
+constexpr char LARGE_PAGES[] =
+    "page width=4800 height=2400 pattern=noise\npage width=4800 height=2400 pattern=noise seed=9\n";
+constexpr char SMALL_PAGE[] = "page width=640 height=640 pattern=noise\n";
+
+const State STATES[] = {
+    {.name = "ReadingTheDocument",
+     .call = {.document = "page", .onStandardInput = true},
+     .reached = "DEBUG: The document is copied"},
+    {.name = "BeforeTheFirstByte", .call = {.document = "chatter lines=1\nhang"}, .reached = RENDERER_IS_THERE},
+    {.name = "InTheFirstHeader",
+     .call = {.document = "page headerbytes=100 lines=0\nchatter lines=1\nhang"},
+     .reached = RENDERER_IS_THERE},
+    {.name = "InAPage",
+     .call = {.document = "page\npage height=64 lines=20\nchatter lines=1\nignoresignals\nhang",
+              .onStandardInput = true},
+     .reached = RENDERER_IS_THERE,
+     .settle = 100ms,
+     .fewestPages = 2,
+     .mostPages = 2},
+    {.name = "InAPageThatComesSlowly",
+     .call = {.document = "page height=30000 pause=10"},
+     .reached = "PAGE: 1",
+     .settle = 100ms,
+     .fewestPages = 1,
+     .mostPages = 1},
+    {.name = "BetweenPages",
+     .call = {.document = "page\npage\nchatter lines=1\nignoresignals\nhang"},
+     .reached = RENDERER_IS_THERE,
+     .settle = 100ms,
+     .fewestPages = 2,
+     .mostPages = 2},
+    {.name = "WithADetachedProcessOfTheRenderer",
+     .call = {.document = "orphan session=1\norphan\npage\nchatter lines=1\nignoresignals\nhang"},
+     .reached = RENDERER_IS_THERE,
+     .settle = 100ms,
+     .fewestPages = 1,
+     .mostPages = 1},
+    {.name = "MakingCopies",
+     .call = {.document = "page width=320 height=320 pattern=text", .copies = "9000"},
+     .reached = "PAGE: 1",
+     .settle = 400ms,
+     .fewestPages = 1,
+     .mostPages = 8999},
+    {.name = "MakingCopiesOfSheets",
+     .call = {.document = "page width=320 height=320 pattern=text duplex=1\npage duplex=1", .copies = "9000"},
+     .reached = "PAGE: 2",
+     .settle = 300ms,
+     .fewestPages = 2,
+     .mostPages = 17998},
+    {.name = "WaitingForTheRing",
+     .call = {.document = LARGE_PAGES},
+     .reached = "PAGE: 1",
+     .settle = 2s,
+     .fewestPages = 1,
+     .mostPages = 1,
+     .reader = Reader::STALLS_AND_GOES_ON},
+    {.name = "WaitingForTheRingForGood",
+     .call = {.document = LARGE_PAGES},
+     .reached = "PAGE: 1",
+     .settle = 2s,
+     .reader = Reader::STALLS_FOR_GOOD},
+    {.name = "WritingTheEnd",
+     .call = {.document = SMALL_PAGE},
+     .reached = "PAGE: 1",
+     .settle = 300ms,
+     .fewestPages = 1,
+     .mostPages = 1,
+     .reader = Reader::STALLS_AND_GOES_ON},
+    {.name = "WritingTheEndForGood",
+     .call = {.document = SMALL_PAGE},
+     .reached = "PAGE: 1",
+     .settle = 300ms,
+     .reader = Reader::STALLS_FOR_GOOD},
+    {.name = "AskingASilentPrinter",
+     .call = {.document = "page\nhang", .deviceUri = "socket://127.0.0.61:9100"},
+     .reached = "Sent register command",
+     .settle = 100ms,
+     .fewestPages = 1,
+     .mostPages = 1},
+    {.name = "ReadingASilentBackChannel",
+     .call = {.document = "page\nchatter lines=1\nhang", .deviceUri = "usb://Kesto/Page"},
+     .reached = RENDERER_IS_THERE,
+     .settle = 100ms,
+     .fewestPages = 1,
+     .mostPages = 1},
+    {.name = "WaitingForTheRenderersEnd",
+     .call = {.document = "page\nclose\nignoresignals\nhang"},
+     .reached = "PAGE: 1",
+     .settle = 200ms,
+     .fewestPages = 1,
+     .mostPages = 1},
+    {.name = "AtTheVeryEnd", .call = {.document = "page"}, .reached = "END MAIN", .fewestPages = 1, .mostPages = 1},
+};
+
+class CancelledIn : public testing::TestWithParam<std::tuple<State, Target>> {};
+
+TEST_P(CancelledIn, EndsSoonAndInOrder) {
+  const auto& [state, target] = GetParam();
+  std::optional<UdpResponder> silentPrinter;
+  if (state.call.deviceUri.find(SILENT_PRINTER) != std::string::npos)
+    silentPrinter.emplace(SILENT_PRINTER, 9300, std::vector<std::vector<Bytes>>{});
+  const TemporaryFolder folder;
+  Command command = filterCommand(state.call, folder);
+  command.ownGroup = true;
+  command.keepInputOpen = state.call.onStandardInput && std::string_view(state.name) == "ReadingTheDocument";
+  command.backChannel = true;
+  Process filter(command);
+  filter.holdOutput(state.reader != Reader::READS);
+  ASSERT_TRUE(filter.waitForLog(state.reached));
+  filter.collectFor(state.settle);
+  cancel(filter, target);
+  Outcome outcome;
+  const auto took = expectOrderlyEnd(filter, folder, state.reader, outcome);
+  std::printf("%s: ended after %d ms\n", state.name, static_cast<int>(took.count()));
+  if (state.reader == Reader::STALLS_FOR_GOOD) return;
+  const Job job = parseJob(outcome.output);
+  EXPECT_GE(job.pages.size(), state.fewestPages);
+  EXPECT_LE(job.pages.size(), state.mostPages);
+  if (state.call.document.find("duplex=1") != std::string::npos) {
+    EXPECT_EQ(job.pages.size() % 2, 0u);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryState, CancelledIn,
+                         testing::Combine(testing::ValuesIn(STATES), testing::Values(Target::FILTER, Target::GROUP)),
+                         [](const auto& instance) {
+                           return std::string(std::get<0>(instance.param).name) +
+                                  (std::get<1>(instance.param) == Target::GROUP ? "_Group" : "_Filter");
+                         });
+
+/// A kind of job whose moments are tried.
+struct Kind {
+  const char* name;
+  std::vector<FilterCall> calls;  ///< taken in turn
+  int moments;                    ///< unless KESTO_SOAK says otherwise
+};
+
+std::string fileText(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+constexpr char SEVERAL_PAGES[] =
+    "page width=1200 height=1600 pattern=text\nsleep ms=20\npage width=1200 height=1600 pattern=noise\n"
+    "page width=1200 height=1600 pattern=gradient\n";
+
+constexpr char GREY_SHEETS[] =
+    "page width=1200 height=1600 bits=8 duplex=1 pattern=text\npage width=1200 height=1600 bits=8 duplex=1\n"
+    "page width=1200 height=1600 bits=8 duplex=1 pattern=noise\n";
+
+const Kind KINDS[] = {
+    {.name = "RecipeJobs",
+     .calls = {{.document = SEVERAL_PAGES, .copies = "3", .onStandardInput = true},
+               {.document = GREY_SHEETS, .copies = "4"},
+               {.document = SEVERAL_PAGES, .deviceUri = "usb://Kesto/Page"},
+               {.document = SEVERAL_PAGES, .deviceUri = "socket://127.0.0.62:9100"}},
+     .moments = 24},
+    {.name = "TheSample", .calls = {{.document = fileText(KESTO_SAMPLE), .realRenderer = true}}, .moments = 4},
+};
+
+class CancelledAtRandomMoments : public testing::TestWithParam<Kind> {};
+
+milliseconds lengthOf(const FilterCall& call) {
+  const Outcome outcome = runFilter(call);
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  return outcome.duration;
+}
+
+TEST_P(CancelledAtRandomMoments, EndSoonAndInOrder) {
+  const Kind& kind = GetParam();
+  const char* given = std::getenv("KESTO_SEED");  // NOLINT(concurrency-mt-unsafe): one thread
+  const unsigned seed = given != nullptr ? static_cast<unsigned>(std::stoul(given)) : std::random_device()();
+  std::mt19937 random(seed);
+  std::vector<milliseconds> lengths;
+  for (const FilterCall& call : kind.calls) lengths.push_back(lengthOf(call));
+
+  const int moments = soakCount(kind.moments);
+  std::vector<milliseconds> ends;
+  std::size_t withoutOutput = 0;
+  for (int i = 0; i < moments; ++i) {
+    const std::size_t which = static_cast<std::size_t>(i) % kind.calls.size();
+    const Target target = random() % 2 == 0 ? Target::FILTER : Target::GROUP;
+    const milliseconds moment(random() % static_cast<unsigned>(lengths[which].count() + 1));
+    SCOPED_TRACE("KESTO_SEED=" + std::to_string(seed) + ", call " + std::to_string(which) + " after " +
+                 std::to_string(moment.count()) + " ms");
+    const TemporaryFolder folder;
+    Command command = filterCommand(kind.calls[which], folder);
+    command.ownGroup = command.backChannel = true;
+    Process filter(command);
+    filter.collectFor(moment);
+    cancel(filter, target);
+    Outcome outcome;
+    ends.push_back(expectOrderlyEnd(filter, folder, Reader::READS, outcome));
+    if (outcome.output.empty()) ++withoutOutput;
+  }
+  std::ranges::sort(ends);
+  const auto slow =
+      static_cast<std::size_t>(std::ranges::count_if(ends, [](milliseconds end) { return end > USUAL_END; }));
+  const auto part = [&](std::size_t percent) {
+    return static_cast<int>(ends[(ends.size() - 1) * percent / 100].count());
+  };
+  std::printf(
+      "%s: seed %u, %zu moments, %zu without output; ends after %d ms (median), %d (90%%), %d (99%%), %d (slowest)\n",
+      kind.name, seed, ends.size(), withoutOutput, part(50), part(90), part(99), part(100));
+  EXPECT_LE(slow, std::max<std::size_t>(1, ends.size() / 100));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, CancelledAtRandomMoments, testing::ValuesIn(KINDS),
+                         [](const auto& instance) { return std::string(instance.param.name); });
+
+}  // namespace
+}  // namespace kesto::test
