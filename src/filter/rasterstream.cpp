@@ -30,8 +30,8 @@ constexpr milliseconds ORPHAN_SILENCE{300};
 
 /// After SIGTERM the page that has begun is to be finished, but not at any price: how long the renderer may be silent,
 /// and how long it may take in all.
-constexpr milliseconds CANCEL_SILENCE{400};
-constexpr milliseconds CANCEL_TIME{600};
+constexpr milliseconds CANCEL_SILENCE{300};
+constexpr milliseconds CANCEL_TIME{500};
 
 /// Makes sure that a text field of a header ends.
 template <std::size_t N>
@@ -93,8 +93,9 @@ bool RasterStream::readHeader() {
   errno = 0;
   if (cupsRasterReadHeader2(raster_, &next) == 0) {
     noteShortage();
-    if (error_ == 0 && headerBytes_ >= sizeof next)
-      fault_ = "its page header is damaged";  // the library read it and refused it
+    // The library read a whole header and refused it.
+    if (error_ == 0 && headerBytes_ >= sizeof next) fault_ = "its page header is damaged";
+    if (headerBytes_ > 0) endedEarly_ = true;
     return false;
   }
   if (std::exchange(first_, false)) applyDefaults(next);

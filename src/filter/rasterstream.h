@@ -42,7 +42,7 @@ class RasterStream {
 
   [[nodiscard]] cups_page_header2_t* header() { return &header_; }
 
-  /// True when a page ended before its last line.
+  /// True when a page ended before its last line, or within its header.
   [[nodiscard]] bool endedEarly() const { return endedEarly_; }
 
   /// Why reading failed, as an error number; 0 when it has not. A raster that ends, wherever it does, is no failure.

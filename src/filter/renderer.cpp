@@ -27,7 +27,7 @@ using std::chrono::milliseconds;
 
 /// What a renderer may still take after the end of its raster, and after it was asked to end.
 constexpr milliseconds FINISH_TIME{2000};
-constexpr milliseconds TERMINATE_TIME{200};
+constexpr milliseconds TERMINATE_TIME{100};
 
 /// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
 constexpr int RASTER_PIPE_BYTES = 1024 * 1024;

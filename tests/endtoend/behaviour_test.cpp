@@ -82,10 +82,6 @@ TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
     const char* message;
   };
   const Case cases[] = {
-      {"no renderer", {.document = "page", .serverBin = "/nonexistent"}, "ERROR: Unable to exec pdftoraster!"},
-      {"crash", {.document = "crash"}, "signal 11"},
-      {"status", {.document = "exit status=3"}, "status 3"},
-      {"nothing", {.document = "close"}, "no page that can be printed"},
       {"empty", {.document = "", .realRenderer = true}, "no page that can be printed"},
       {"empty on standard input", {.document = "", .onStandardInput = true, .realRenderer = true}, "no page"},
       {"password",
@@ -100,52 +96,6 @@ TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
     EXPECT_NE(onlyError(outcome).find(c.message), std::string::npos) << outcome.log;
     EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
   }
-}
-
-TEST(Behaviour, ARendererThatDiesHalfWayLeavesTheCompletePages) {
-  const Outcome outcome = runFilter({.document = "page\npage\ncrash"});
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_NE(onlyError(outcome).find("was ended by signal 11"), std::string::npos);
-  EXPECT_EQ(parseJob(outcome.output).pages.size(), 2u);
-}
-
-TEST(Behaviour, AbsurdFirstHeadersEndTheJobBeforeItsFirstByte) {
-  const char* headers[] = {
-      "page width=0 bytesperline=0",
-      "page height=0",
-      "page width=65535 height=8 lines=0",
-      "page width=536870913 bytesperline=3",
-      "page height=2147483648 lines=1",
-      "page width=64 bytesperline=191",
-      "page width=64 bytesperline=4294967295 lines=0",
-      "page width=64 bits=16 bytesperline=128",
-      "page width=64 bits=24 space=6",
-      "page width=64 bits=24 order=2",
-  };
-  for (const char* header : headers) {
-    const Outcome outcome = runFilter({.document = header});
-    EXPECT_EQ(outcome.status, EINVAL) << header;
-    EXPECT_NE(onlyError(outcome).find("cannot be printed"), std::string::npos) << header << outcome.log;
-    EXPECT_TRUE(outcome.output.empty()) << header;
-  }
-}
-
-TEST(Behaviour, AnAbsurdLaterHeaderEndsTheJobAfterTheGoodPages) {
-  const Outcome outcome = runFilter({.document = "page\npage width=536870913 bytesperline=3"});
-  EXPECT_NE(onlyError(outcome).find("Page 2"), std::string::npos);
-  EXPECT_EQ(parseJob(outcome.output).pages.size(), 1u);
-}
-
-TEST(Behaviour, TricklingAndTalkativeRenderersAreRead) {
-  const Job job =
-      printJob({.document = "chatter lines=3000\nbytewise\npage width=32 height=24 pattern=noise\nchatter"});
-  EXPECT_EQ(job.pages.size(), 1u);
-}
-
-TEST(Behaviour, AProcessThatOutlivesTheRendererDoesNotHoldTheJob) {
-  const Outcome outcome = runFilter({.document = "orphan\npage\n"});
-  EXPECT_EQ(parseJob(outcome.output).pages.size(), 1u);
-  EXPECT_LT(outcome.duration, std::chrono::seconds(5));
 }
 
 TEST(Behaviour, AClosedOutputEndsTheJobWithTheErrorNumber) {

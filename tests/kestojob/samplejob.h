@@ -123,7 +123,7 @@ class SampleJob {
     } else {
       addCommon("C0 {00} F8 25", PAPER);
     }
-    addCommon("C8 C0 05 {50 6C 61 69 6E} F8 27 C1 01 00 F8 EC C0 02 F8 ED 43", PAPER_TYPE);
+    add("C8 C0 05 {50 6C 61 69 6E} F8 27 C1 01 00 F8 EC C0 02 F8 ED 43", PAPER_TYPE);
     add("D3 64 00 64 00 F8 2A 75 D5 00 00 80 3F 00 00 80 3F F8 2B 77");
     if (choices_.color) {
       addCommon("C0 {02} F8 03 6A C0 50 F8 EF C0 01 F8 EE 40", COLOR_SPACE);

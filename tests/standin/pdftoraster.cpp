@@ -4,7 +4,8 @@
 //                                                              lines=N sends only so many of its lines and part=N as
 //                                                              many bytes of the next, headerbytes=N only so much of
 //                                                              its header; pause=MS between lines
-//   sleep ms=100 | hang | crash | exit status=3 | close        pauses and ends
+//   sleep ms=100 | hang | crash signal=9 | exit status=3 | close   pauses and ends
+//   garbage bytes=1000                                         noise where a page should begin
 //   bytewise                                                   from here on one byte at a time
 //   chatter lines=1000                                         lines on standard error
 //   orphan session=1                                           leaves a process behind that keeps the pipe open, in the
@@ -85,8 +86,14 @@ void perform(const Step& step, std::span<char*> arguments) {
   if (step.verb == "sleep") std::this_thread::sleep_for(milliseconds(step.number("ms", 100)));
   if (step.verb == "hang") std::this_thread::sleep_for(milliseconds(60000));
   if (step.verb == "crash") {
-    signal(SIGSEGV, SIG_DFL);  // a sanitizer's handler would end the process in its own way
-    raise(SIGSEGV);
+    const auto number = static_cast<int>(step.number("signal", SIGSEGV));
+    signal(number, SIG_DFL);  // a sanitizer's handler would end the process in its own way
+    raise(number);
+  }
+  if (step.verb == "garbage") {
+    const auto noise =
+        kesto::test::pixelsOf("page height=1 bits=8 pattern=noise width=" + std::to_string(step.number("bytes", 1000)));
+    send(noise.data(), noise.size());
   }
   if (step.verb == "exit") std::exit(static_cast<int>(step.number("status", 0)));
   if (step.verb == "close") close(STDOUT_FILENO);

@@ -43,6 +43,13 @@ void expectNumber(const Attribute& attribute, std::int64_t expected) {
   fail(attribute, "is " + std::to_string(attribute.number()) + " where " + std::to_string(expected) + " belongs.");
 }
 
+/// The attributes that are the same on all pages: a page's own header decides its MediaType, and by its quality its
+/// origin.
+std::vector<Attribute> fixedForJob(std::vector<Attribute> attributes) {
+  std::erase_if(attributes, [](const Attribute& a) { return a.id == attr::MediaType || a.id == attr::PageOrigin; });
+  return attributes;
+}
+
 SheetSize customSheet(const Attribute& size) {
   const SheetSize sheet{size.real(0), size.real(1)};
   for (const double side : {sheet.width, sheet.height}) {
@@ -168,9 +175,12 @@ void PageRules::setMedia(const Operator& op) {
 }
 
 void PageRules::setPageOrigin(const Operator& op) {
-  const int bordered = pjl_.draft ? DRAFT_ORIGIN : BORDERED_ORIGIN;
+  const Attribute& point = attributeOf(op, attr::PageOrigin);
+  // The PJL header tells the first page's quality; a later page may be of another.
+  const bool draft = pages_ > 1 ? point.number() == DRAFT_ORIGIN : pjl_.draft;
+  const int bordered = draft ? DRAFT_ORIGIN : BORDERED_ORIGIN;
   const int origin = bordered_ ? bordered : 0;
-  expectPair(attributeOf(op, attr::PageOrigin), origin, origin);
+  expectPair(point, origin, origin);
   layout_.originX = layout_.originY = origin;
 }
 
@@ -186,12 +196,12 @@ void PageRules::compareWithFirstPage(Step step, const Operator& op) {
     return;
   }
   const auto place = static_cast<std::size_t>(step) - static_cast<std::size_t>(Step::BEGIN_PAGE);
-  const std::vector<Attribute>& first = setup_.at(place).attributes;
+  const std::vector<Attribute> first = fixedForJob(setup_.at(place).attributes), now = fixedForJob(op.attributes);
   const auto same = [](const Attribute& a, const Attribute& b) {
     return a.id == b.id && a.type == b.type && a.bytes == b.bytes;
   };
-  const auto [ours, theirs] = std::ranges::mismatch(op.attributes, first, same);
-  if (ours != op.attributes.end()) fail(*ours, "is not as on the first page.");
+  const auto [ours, theirs] = std::ranges::mismatch(now, first, same);
+  if (ours != now.end()) fail(*ours, "is not as on the first page.");
   if (theirs != first.end()) {
     throw Fault(op.codeOffset,
                 operatorText(op.code) + " lacks " + attributeText(theirs->id) + ", which the first page has.");

@@ -1,0 +1,114 @@
+// Renderers that misbehave: whatever a renderer delivers and however it ends, the job is right or the log says once
+// what is wrong, and neither time nor memory gets out of bounds.
+#include <cerrno>
+#include <chrono>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "endtoend/filterrun.h"
+
+namespace kesto::test {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool SANITIZED = true;
+#else
+constexpr bool SANITIZED = false;
+#endif
+
+constexpr long MOST_MEMORY_KIB = 120 * 1024;
+constexpr std::chrono::seconds LONGEST_RUN{8};
+
+struct Renderer {
+  const char* name;
+  const char* recipe;
+  unsigned pages;
+  const char* error = "";  ///< what the one ERROR line says; empty: there is none
+  int status = 0;
+  const char* serverBin = "";
+};
+
+const Renderer RENDERERS[] = {
+    // How it ends.
+    {"Missing", "page", 0, "ERROR: Unable to exec pdftoraster!", 0, "/nonexistent"},
+    {"EndsAtOnce", "exit status=0", 0, "no page that can be printed"},
+    {"FailsAtOnce", "exit status=3", 0, "status 3"},
+    {"CrashesAtOnce", "crash", 0, "signal 11"},
+    {"ClosesAtOnce", "close", 0, "no page that can be printed"},
+    {"ClosesAndHangs", "ignoresignals\nclose\nhang", 0, "no page that can be printed"},
+    {"FailsAfterThePages", "page\npage\nexit status=7", 2, "ended with status 7 at page 2"},
+    {"CrashesAfterThePages", "page\npage\ncrash", 2, "was ended by signal 11"},
+    {"IsKilledInAPage", "page\npage height=640 lines=20\ncrash signal=9", 2, "was ended by signal 9"},
+    {"ClosesAfterThePagesAndGoesOn", "page\nclose\nsleep ms=300\nexit status=0", 1},
+    {"ClosesAfterThePagesAndHangs", "page\nclose\nignoresignals\nhang", 1},
+    {"LeavesAProcess", "orphan\npage", 1},
+    {"LeavesADetachedProcess", "orphan session=1\npage", 1},
+    {"LeavesADetachedProcessAndCrashes", "orphan session=1\npage height=64 lines=9\ncrash", 1, "signal 11"},
+    // How it delivers.
+    {"DeliversBytewise", "bytewise\npage width=32 height=24 pattern=noise", 1},
+    {"DeliversInPieces", "page height=100 pause=3 pattern=noise\nsleep ms=400\npage", 2},
+    {"FloodsTheLog", "chatter lines=100000\npage\nchatter lines=100000", 1},
+    {"BreaksOffInAPage", "page\npage height=64 lines=20", 2, "ended early at page 2"},
+    {"BreaksOffInTheFirstHeader", "page headerbytes=100 lines=0", 0, "no page that can be printed"},
+    {"BreaksOffInALaterHeader", "page\npage headerbytes=1795 lines=0", 1, "ended early at page 1"},
+    {"AppendsGarbage", "page\ngarbage bytes=100000", 1, "Page 2"},
+    {"BeginsWithGarbage", "garbage bytes=100000", 0, "no page that can be printed"},
+    {"HasGarbageForAHeader", "page lines=0 headerbytes=0\ngarbage bytes=100000", 0, "cannot be printed", EINVAL},
+    // What its headers say.
+    {"ChangesItsHeader",
+     "page width=320 height=160 pattern=noise\npage width=65520 height=8\npage width=16 height=3000 bits=8\n"
+     "page width=3 height=3 bits=8 space=3 mediatype=Glossy outputtype=DRAFT\npage width=320 height=160 resolution=300 duplex=1",
+     5},
+    {"IsAsWideAsCanBe", "page width=65520 height=16 bits=8 pattern=text", 1},
+    {"HasNoWidth", "page width=0 bytesperline=0", 0, "cannot be printed", EINVAL},
+    {"HasNoHeight", "page height=0", 0, "cannot be printed", EINVAL},
+    {"HasNoArea", "page width=0 height=0", 0, "cannot be printed", EINVAL},
+    {"IsTooWideOnceRoundedUp", "page width=65535 height=8 lines=0", 0, "cannot be printed", EINVAL},
+    {"OverflowsItsLine", "page width=536870913 bytesperline=3", 0, "cannot be printed", EINVAL},
+    {"IsTooHigh", "page height=2147483648 lines=1", 0, "cannot be printed", EINVAL},
+    {"HasTooShortLines", "page width=64 bytesperline=191", 0, "cannot be printed", EINVAL},
+    {"HasEndlessLines", "page width=64 bytesperline=4294967295 lines=0", 0, "cannot be printed", EINVAL},
+    {"HasEndlessCompressedLines", "sync word=0x52615332\npage bytesperline=4294967295 lines=0", 0, "cannot be printed",
+     EINVAL},
+    {"HasManyCompressedLines", "sync word=0x52615332\npage height=4294967295 lines=9", 0, "cannot be printed", EINVAL},
+    {"HasTheOtherByteOrder", "sync word=0x33536152\npage lines=9", 0, "cannot be printed", EINVAL},
+    {"Has16Bits", "page width=64 bits=16 bytesperline=128", 0, "cannot be printed", EINVAL},
+    {"Has48Bits", "page width=64 bits=48", 0, "cannot be printed", EINVAL},
+    {"HasAWrongColourSpace", "page width=64 bits=24 space=6", 0, "cannot be printed", EINVAL},
+    {"HasNoColourSpace", "page width=64 bits=24 space=4294967295", 0, "cannot be printed", EINVAL},
+    {"HasPlanes", "page width=64 bits=24 order=2", 0, "cannot be printed", EINVAL},
+    {"HasAnAbsurdLaterHeader", "page\npage width=536870913 bytesperline=3", 1, "Page 2"},
+    {"HasAHighLaterHeader", "page\npage height=2147483648 lines=1\npage", 1, "Page 2"},
+    {"HasA16BitLaterHeader", "page\npage bits=16", 1, "Page 2"},
+};
+
+class MisbehavingRenderer : public testing::TestWithParam<Renderer> {};
+
+TEST_P(MisbehavingRenderer, GivesARightJobOrOneClearError) {
+  const Renderer& renderer = GetParam();
+  const Outcome outcome = runFilter({.document = renderer.recipe, .serverBin = renderer.serverBin});
+  EXPECT_EQ(outcome.status, renderer.status) << outcome.log;
+  const auto errors = outcome.linesWith("ERROR:");
+  if (*renderer.error == '\0') {
+    EXPECT_TRUE(errors.empty()) << errors[0];
+  } else {
+    ASSERT_EQ(errors.size(), 1u) << outcome.log;
+    EXPECT_NE(errors[0].find(renderer.error), std::string::npos) << errors[0];
+  }
+  if (renderer.status == 0) {
+    EXPECT_EQ(parseJob(outcome.output).pages.size(), renderer.pages);
+  } else {
+    EXPECT_TRUE(outcome.output.empty()) << "the first header decides before the first byte";
+  }
+  EXPECT_LT(outcome.duration, LONGEST_RUN);
+  if (!SANITIZED) {
+    EXPECT_LT(outcome.peakMemory, MOST_MEMORY_KIB);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(That, MisbehavingRenderer, testing::ValuesIn(RENDERERS),
+                         [](const auto& instance) { return std::string(instance.param.name); });
+
+}  // namespace
+}  // namespace kesto::test
