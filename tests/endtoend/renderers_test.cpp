@@ -58,7 +58,8 @@ const Renderer RENDERERS[] = {
     // What its headers say.
     {"ChangesItsHeader",
      "page width=320 height=160 pattern=noise\npage width=65520 height=8\npage width=16 height=3000 bits=8\n"
-     "page width=3 height=3 bits=8 space=3 mediatype=Glossy outputtype=DRAFT\npage width=320 height=160 resolution=300 duplex=1",
+     "page width=3 height=3 bits=8 space=3 mediatype=Glossy outputtype=DRAFT\npage width=320 height=160 resolution=300 "
+     "duplex=1",
      5},
     {"IsAsWideAsCanBe", "page width=65520 height=16 bits=8 pattern=text", 1},
     {"HasNoWidth", "page width=0 bytesperline=0", 0, "cannot be printed", EINVAL},

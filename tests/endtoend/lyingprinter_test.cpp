@@ -1,0 +1,275 @@
+// A printer that lies: whatever comes back from it while a job runs, at a megabyte a second, the print data are what
+// they are without any answer, the job takes no longer, and the log stays readable.
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "endtoend/filterrun.h"
+#include "kestoprinter/answers.h"
+
+namespace kesto::test {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+constexpr char PRINTER[] = "127.0.0.64", SOMEBODY_ELSE[] = "127.0.0.65";
+constexpr std::uint16_t STATUS_PORT = 9300;
+
+using Pieces = std::vector<Bytes>;
+
+/// What the printer says, a piece (a write, or a datagram) after the other.
+struct Lie {
+  const char* name;
+  Pieces (*pieces)(std::mt19937& random);
+  bool fromSomebodyElse = false;
+};
+
+Pieces truePackets() {
+  printer::Alert alert;
+  alert.entries = {{1, std::string(100, 'a')}, {2, "Paper jam"}};
+  return printer::alertPackets(printer::MASK_ERRORS, printer::alertBlock({alert, alert}), 100);
+}
+
+Bytes trueResponse() {
+  printer::Alert alert;
+  alert.entries = {{1, "Cover open"}};
+  return printer::alertResponse(printer::MASK_ERRORS, printer::alertBlock({alert}));
+}
+
+Bytes randomBytes(std::mt19937& random, std::size_t count) {
+  Bytes bytes(count);
+  std::ranges::generate(bytes, [&random] { return static_cast<std::uint8_t>(random()); });
+  return bytes;
+}
+
+const Lie LIES[] = {
+    {"Silent", [](std::mt19937&) { return Pieces{}; }},
+    {"SplitAnywhere",
+     [](std::mt19937& random) {
+       const Bytes whole = trueResponse();
+       const auto cut = whole.begin() + static_cast<std::ptrdiff_t>(random() % whole.size());
+       return Pieces{{whole.begin(), cut}, {cut, whole.end()}};
+     }},
+    {"ByteByByte",
+     [](std::mt19937&) {
+       Pieces pieces;
+       for (const std::uint8_t byte : trueResponse()) pieces.push_back({byte});
+       return pieces;
+     }},
+    {"Duplicated",
+     [](std::mt19937&) {
+       Pieces pieces;
+       for (const Bytes& packet : truePackets()) pieces.insert(pieces.end(), 2, packet);
+       return pieces;
+     }},
+    {"Reordered",
+     [](std::mt19937& random) {
+       Pieces pieces = truePackets();
+       std::ranges::shuffle(pieces, random);
+       return pieces;
+     }},
+    {"Oversized",
+     [](std::mt19937& random) {
+       Bytes packet = trueResponse();
+       packet[1] = static_cast<std::uint8_t>(random());
+       const Bytes tail = randomBytes(random, random() % 9000);
+       packet.insert(packet.end(), tail.begin(), tail.end());
+       return Pieces{packet};
+     }},
+    {"Mutated",
+     [](std::mt19937& random) {
+       Pieces pieces = random() % 2 == 0 ? truePackets() : Pieces{trueResponse()};
+       for (Bytes& piece : pieces) piece[random() % piece.size()] = static_cast<std::uint8_t>(random());
+       return pieces;
+     }},
+    {"Garbage", [](std::mt19937& random) { return Pieces{randomBytes(random, 1000)}; }},
+    {"SomebodyElse", [](std::mt19937&) { return Pieces{trueResponse()}; }, true},
+};
+
+/// Tells a lie again and again, a megabyte a second at most, until it goes.
+class Liar {
+ public:
+  /// `say` takes a piece, and says whether anybody is listening just now.
+  Liar(const Lie& lie, std::function<bool(const Bytes&)> say)
+      : lie_(lie), say_(std::move(say)), thread_([this](const std::stop_token& stop) { tell(stop); }) {}
+
+  /// Ends it; returns how many bytes have been said.
+  std::size_t stop() {
+    thread_.request_stop();
+    thread_.join();
+    return said_;
+  }
+
+ private:
+  void tell(const std::stop_token& stop) {
+    std::mt19937 random(1);
+    while (!stop.stop_requested()) {
+      std::size_t round = 0;
+      for (bool heard = true; heard && round < BYTES_PER_ROUND;) {
+        const Pieces pieces = lie_.pieces(random);
+        heard = !pieces.empty() && std::ranges::all_of(pieces, say_);
+        std::size_t size = 0;
+        for (const Bytes& piece : pieces) size += piece.size();
+        round += size;
+        if (heard) said_ += size;
+      }
+      std::this_thread::sleep_for(ROUND);
+    }
+  }
+
+  static constexpr milliseconds ROUND{2};
+  static constexpr std::size_t BYTES_PER_ROUND = 2000;
+
+  const Lie& lie_;
+  std::function<bool(const Bytes&)> say_;
+  std::size_t said_ = 0;
+  std::jthread thread_;
+};
+
+/// A printer's status port, from which only lies come.
+class LyingPort {
+ public:
+  LyingPort() : printer_(open(PRINTER)), somebodyElse_(open(SOMEBODY_ELSE)) {}
+  LyingPort(const LyingPort&) = delete;
+  LyingPort& operator=(const LyingPort&) = delete;
+  ~LyingPort() {
+    close(printer_);
+    close(somebodyElse_);
+  }
+
+  bool say(const Bytes& piece, bool fromSomebodyElse, std::mt19937& random) {
+    std::array<char, 2048> request;
+    socklen_t size = sizeof filter_;
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the form of the socket interface
+    auto* address = reinterpret_cast<sockaddr*>(&filter_);
+    while (recvfrom(printer_, request.data(), request.size(), MSG_DONTWAIT, address, &size) > 0) known_ = true;
+    if (!known_) return false;
+    // Mostly with the prefix of an answer to the filter, without which nothing is looked at.
+    const Bytes datagram = random() % 8 == 0 ? piece : printer::answerDatagram({piece});
+    return sendto(fromSomebodyElse ? somebodyElse_ : printer_, datagram.data(), datagram.size(), MSG_DONTWAIT, address,
+                  sizeof filter_) > 0;
+  }
+
+ private:
+  static int open(const char* text) {
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in local = {};
+    local.sin_family = AF_INET;
+    local.sin_port = htons(STATUS_PORT);
+    inet_pton(AF_INET, text, &local.sin_addr);
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the form of the socket interface
+    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
+    return descriptor;
+  }
+
+  int printer_, somebodyElse_;
+  sockaddr_in filter_ = {};
+  bool known_ = false;
+};
+
+enum class Link { USB, NETWORK };
+
+Outcome printWithLies(const std::string& document, Link link, const Lie& lie) {
+  const TemporaryFolder folder;
+  const char* uri = link == Link::USB ? "usb://Kesto/Page" : "socket://127.0.0.64:9100";
+  Command command = filterCommand({.document = document, .deviceUri = uri}, folder);
+  command.backChannel = true;
+  command.timeout = 5min;
+  LyingPort port;
+  Process filter(command);
+  fcntl(filter.backChannel(), F_SETFL, O_NONBLOCK);
+  std::mt19937 random(2);
+  Liar liar(lie, [&](const Bytes& piece) {
+    if (link == Link::NETWORK) return port.say(piece, lie.fromSomebodyElse, random);
+    return !lie.fromSomebodyElse && write(filter.backChannel(), piece.data(), piece.size()) > 0;
+  });
+  const Outcome outcome = filter.finish();
+  const std::size_t said = liar.stop();
+  if (&lie != LIES && (link == Link::NETWORK || !lie.fromSomebodyElse)) {
+    EXPECT_GT(said, 10'000U);
+  }
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  EXPECT_TRUE(outcome.linesWith("ERROR:").empty()) << outcome.log;
+  expectNothingLeft(folder);
+  return outcome;
+}
+
+bool isPrintable(const std::string& line) {
+  return std::ranges::all_of(line, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+/// Every line beyond those of a job without answers is a printable warning or its trace, and there are not many.
+void expectReadableLog(const Outcome& outcome, const Outcome& silent) {
+  std::istringstream quiet(silent.log), stream(outcome.log);
+  std::set<std::string> known = {"Inside GetExtAlerts in hdc"};
+  for (std::string line; std::getline(quiet, line);) known.insert(line);
+  std::size_t added = 0;
+  for (std::string line; std::getline(stream, line);) {
+    if (known.contains(line)) continue;
+    ++added;
+    EXPECT_TRUE(line.starts_with("WARNING: ")) << line;
+    EXPECT_TRUE(isPrintable(line) || line.find_first_of("\x1b\r\x7f") == std::string::npos) << line;
+  }
+  // A response is told every two seconds at most, five times, with two alerts.
+  EXPECT_LE(added, 10 * static_cast<std::size_t>(outcome.duration / 2s + 1));
+}
+
+class LyingPrinter : public testing::TestWithParam<Link> {};
+
+TEST_P(LyingPrinter, ChangesNothingButTheLog) {
+  const std::string document =
+      "page pattern=noise\nsleep ms=700\npage width=1200 height=1600 pattern=text\nsleep ms=700\npage";
+  const Outcome silent = printWithLies(document, GetParam(), LIES[0]);
+  EXPECT_EQ(faultOf(silent.output), "");
+  for (const Lie& lie : LIES) {
+    SCOPED_TRACE(lie.name);
+    const Outcome outcome = printWithLies(document, GetParam(), lie);
+    EXPECT_TRUE(withoutDate(outcome.output) == withoutDate(silent.output));
+    expectReadableLog(outcome, silent);
+    if (lie.fromSomebodyElse) {
+      EXPECT_TRUE(outcome.linesWith("WARNING:").empty()) << outcome.log;
+    }
+  }
+}
+
+/// The lies that give the filter most to do, against silence. Processor time, which other programs do not change; the
+/// least of several runs in turn.
+TEST_P(LyingPrinter, CostsAtMostATwentiethMoreTime) {
+  const int pages = std::getenv("KESTO_SOAK") == nullptr ? 2 : 20;  // NOLINT(concurrency-mt-unsafe): one thread
+  std::string document;
+  for (int i = 0; i < pages; ++i)
+    document += "page width=2400 height=3200 pattern=text seed=" + std::to_string(i) + "\n";
+  milliseconds silent = 1h, lied = 1h;
+  std::string worst;
+  for (int run = 0; run < 3; ++run) {
+    silent = std::min(silent, printWithLies(document, GetParam(), LIES[0]).processorTime);
+  }
+  for (const char* name : {"ByteByByte", "Garbage", "Mutated"}) {
+    const Lie& lie = *std::ranges::find(LIES, std::string_view(name), &Lie::name);
+    lied = 1h;
+    for (int run = 0; run < 3; ++run) lied = std::min(lied, printWithLies(document, GetParam(), lie).processorTime);
+    std::printf("%s: %d ms of processor time, %d ms with silence\n", name, static_cast<int>(lied.count()),
+                static_cast<int>(silent.count()));
+    EXPECT_LE(lied, silent + silent / 20 + 20ms) << name;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(On, LyingPrinter, testing::Values(Link::USB, Link::NETWORK), [](const auto& instance) {
+  return std::string(instance.param == Link::USB ? "Usb" : "Network");
+});
+
+}  // namespace
+}  // namespace kesto::test
