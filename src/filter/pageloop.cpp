@@ -65,7 +65,7 @@ void finishPage() {
 
 /// After SIGTERM the copies of the page that has begun are still made, but a thousand copies would take minutes.
 bool isCopyWanted() {
-  constexpr std::chrono::milliseconds CANCEL_COPIES_TIME{500};
+  constexpr std::chrono::milliseconds CANCEL_COPIES_TIME{300};
   return timeSinceCancel() < CANCEL_COPIES_TIME;
 }
 
