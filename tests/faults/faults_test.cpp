@@ -12,6 +12,7 @@
 #include <fstream>
 #include <limits>
 #include <optional>
+#include <ostream>
 #include <regex>
 #include <string>
 #include <vector>
@@ -154,9 +155,16 @@ bool leftProcesses() {
   return left;
 }
 
-class EveryCall : public testing::TestWithParam<std::pair<JobKind, Fault>> {
+struct FaultyJob {
+  JobKind kind;
+  Fault fault;
+
+  friend void PrintTo(const FaultyJob& job, std::ostream* out) { *out << job.kind.name << job.fault.name; }
+};
+
+class EveryCall : public testing::TestWithParam<FaultyJob> {
  protected:
-  EveryCall() : kind_(GetParam().first), fault_(GetParam().second) {
+  EveryCall() : kind_(GetParam().kind), fault_(GetParam().fault) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (kind_.call.deviceUri == "socket://") startPrinter();
   }
@@ -219,8 +227,9 @@ class EveryCall : public testing::TestWithParam<std::pair<JobKind, Fault>> {
     if (errors.empty()) {
       EXPECT_EQ(outcome.status, 0);
       EXPECT_TRUE(withoutDate(outcome.output) == withoutDate(reference.output)) << "another job";
-      const bool logCanBeLost = fault_.family == std::string("write") && fault_.message != SURVIVED;
-      if (!logCanBeLost) {
+      // The fault may have hit the log. Lines of two threads mix when it takes a byte of one, which no pipe does.
+      const bool logIsWhole = fault_.family != std::string("write") || fault_.error == EINTR || fault_.error == EAGAIN;
+      if (logIsWhole) {
         EXPECT_EQ(outcome.linesWith("PAGE:"), reference.linesWith("PAGE:"));
       }
       return;
@@ -270,19 +279,17 @@ TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
               libraryCrashes, static_cast<int>(slowest.count()));
 }
 
-std::vector<std::pair<JobKind, Fault>> jobsAndFaults() {
-  std::vector<std::pair<JobKind, Fault>> pairs;
+std::vector<FaultyJob> faultyJobs() {
+  std::vector<FaultyJob> pairs;
   for (const JobKind& kind : jobKinds()) {
     for (const Fault& fault : faults()) {
-      if (*fault.onlyIn == '\0' || fault.onlyIn == std::string(kind.name)) pairs.emplace_back(kind, fault);
+      if (*fault.onlyIn == '\0' || fault.onlyIn == std::string(kind.name)) pairs.push_back({kind, fault});
     }
   }
   return pairs;
 }
 
-INSTANTIATE_TEST_SUITE_P(Jobs, EveryCall, testing::ValuesIn(jobsAndFaults()), [](const auto& instance) {
-  return std::string(instance.param.first.name) + instance.param.second.name;
-});
+INSTANTIATE_TEST_SUITE_P(Jobs, EveryCall, testing::ValuesIn(faultyJobs()), testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace kesto::test
