@@ -47,6 +47,9 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
                         " pixels, which cannot be printed",
                     EINVAL);
   }
+  if (custom && setting.mediaSize.custom.customHeight <= 0) {
+    failJobWithText("ERROR: The paper size leaves a sheet without height, which cannot be printed", EINVAL);
+  }
   return geometry;
 }
 

@@ -111,12 +111,12 @@ TEST(Options, MissingBrokenAndHugeOnesFallBack) {
 
 TEST(Options, MaximaThatLeaveNoPaperEndACustomJobBeforeItsFirstByte) {
   const TemporaryFolder folder;
-  for (const char* maximum : {"0", "wide"}) {
-    const std::string ppd = folder.write("limit.ppd", std::string("*PPD-Adobe: \"4.3\"\n*MaxMediaWidth: \"") + maximum +
-                                                          "\"\n*MaxMediaHeight: \"1008\"\n");
+  for (const char* maxima : {"*MaxMediaWidth: \"0\"\n*MaxMediaHeight: \"1008\"\n",
+                             "*MaxMediaWidth: \"wide\"\n*MaxMediaHeight: \"1008\"\n", "*MaxMediaHeight: \"high\"\n"}) {
+    const std::string ppd = folder.write("limit.ppd", std::string("*PPD-Adobe: \"4.3\"\n") + maxima);
     const Outcome outcome = runFilter({.document = "page", .options = "PageSize=Custom.300x400", .ppd = ppd});
-    EXPECT_EQ(outcome.status, EINVAL) << maximum;
-    EXPECT_TRUE(outcome.output.empty()) << maximum;
+    EXPECT_EQ(outcome.status, EINVAL) << maxima;
+    EXPECT_TRUE(outcome.output.empty()) << maxima;
     EXPECT_EQ(outcome.linesWith("ERROR:").size(), 1u) << outcome.log;
   }
   const std::string negative = folder.write("negative.ppd", "*PPD-Adobe: \"4.3\"\n*MaxMediaWidth: \"-5\"\n");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/xltext.h"
@@ -41,13 +42,6 @@ void expectPair(const Attribute& pair, std::int64_t x, std::int64_t y) {
 void expectNumber(const Attribute& attribute, std::int64_t expected) {
   if (attribute.number() == expected) return;
   fail(attribute, "is " + std::to_string(attribute.number()) + " where " + std::to_string(expected) + " belongs.");
-}
-
-/// The attributes that are the same on all pages: a page's own header decides its MediaType, and by its quality its
-/// origin.
-std::vector<Attribute> fixedForJob(std::vector<Attribute> attributes) {
-  std::erase_if(attributes, [](const Attribute& a) { return a.id == attr::MediaType || a.id == attr::PageOrigin; });
-  return attributes;
 }
 
 SheetSize customSheet(const Attribute& size) {
@@ -176,10 +170,9 @@ void PageRules::setMedia(const Operator& op) {
 
 void PageRules::setPageOrigin(const Operator& op) {
   const Attribute& point = attributeOf(op, attr::PageOrigin);
-  // The PJL header tells the first page's quality; a later page may be of another.
-  const bool draft = pages_ > 1 ? point.number() == DRAFT_ORIGIN : pjl_.draft;
-  const int bordered = draft ? DRAFT_ORIGIN : BORDERED_ORIGIN;
-  const int origin = bordered_ ? bordered : 0;
+  // The quality, and with it the origin, is told anew with each page; the PJL header has that of the first.
+  const bool draft = pages_ > 1 ? point.number(0) == DRAFT_ORIGIN : pjl_.draft;
+  const int origin = !bordered_ ? 0 : draft ? DRAFT_ORIGIN : BORDERED_ORIGIN;
   expectPair(point, origin, origin);
   layout_.originX = layout_.originY = origin;
 }
@@ -190,18 +183,20 @@ void PageRules::setColor(const Operator& op) {
   layout_.color = pjl_.color;
 }
 
-void PageRules::compareWithFirstPage(Step step, const Operator& op) {
+void PageRules::compareWithFirstPage(Step step, Operator op) {
+  // These two are the page's own: a document may change its paper and its quality.
+  std::erase_if(op.attributes, [](const Attribute& a) { return a.id == attr::MediaType || a.id == attr::PageOrigin; });
   if (pages_ == 1) {
-    setup_.push_back(op);
+    setup_.push_back(std::move(op));
     return;
   }
   const auto place = static_cast<std::size_t>(step) - static_cast<std::size_t>(Step::BEGIN_PAGE);
-  const std::vector<Attribute> first = fixedForJob(setup_.at(place).attributes), now = fixedForJob(op.attributes);
+  const std::vector<Attribute>& first = setup_.at(place).attributes;
   const auto same = [](const Attribute& a, const Attribute& b) {
     return a.id == b.id && a.type == b.type && a.bytes == b.bytes;
   };
-  const auto [ours, theirs] = std::ranges::mismatch(now, first, same);
-  if (ours != now.end()) fail(*ours, "is not as on the first page.");
+  const auto [ours, theirs] = std::ranges::mismatch(op.attributes, first, same);
+  if (ours != op.attributes.end()) fail(*ours, "is not as on the first page.");
   if (theirs != first.end()) {
     throw Fault(op.codeOffset,
                 operatorText(op.code) + " lacks " + attributeText(theirs->id) + ", which the first page has.");

@@ -49,7 +49,7 @@ class PageRules {
   void beginStrip(const Operator& op);
   void beginImage(const Operator& op);
   void endPage(const Operator& op);
-  void compareWithFirstPage(Step step, const Operator& op);
+  void compareWithFirstPage(Step step, Operator op);
 
   PjlFacts pjl_;
   PageLayout layout_;
@@ -59,7 +59,7 @@ class PageRules {
   unsigned pageHeight_ = 0;              // of the strips so far
   unsigned imageWidth_ = 0;              // of every page's image, once one is known
   std::optional<unsigned> imageHeight_;  // likewise
-  std::vector<Operator> setup_;          // the first page's operators before its strips
+  std::vector<Operator> setup_;          // the first page's operators before its strips, with what all pages share
 };
 
 }  // namespace kesto::job
