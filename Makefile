@@ -50,7 +50,7 @@ bench: setup-bench
 	@scripts/bench.sh build/bench
 
 lint: setup-lint
-	@cmake --preset clang -DKESTO_TESTS=ON -DKESTO_BENCH=ON
+	@cmake --preset clang -DKESTO_TESTS=ON -DKESTO_BENCH=ON -DKESTO_FUZZ=ON
 	@cmake --build build/clang -j$(JOBS)
 	@scripts/lint.sh build/clang
 

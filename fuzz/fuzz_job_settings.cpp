@@ -88,13 +88,6 @@ void writePage(const JobSetting& setting) {
   require(setting.copies == 1);
 }
 
-/// A page that the page loop would not begin.
-bool isRefused(const JobSetting& setting, std::uint32_t rasterWidth) {
-  const bool custom = setting.mediaSizeType == MEDIA_SIZE_CUSTOM;
-  const auto width = custom ? static_cast<std::uint32_t>(setting.customPixelWidth) : rasterWidth;
-  return width == 0 || width > 65520;
-}
-
 void requireSettled(const JobSetting& setting, const cups_page_header2_t& header) {
   require(setting.isColor == (header.cupsColorSpace != CUPS_CSPACE_W ? 1 : 0));
   require(setting.duplex == (header.Duplex == CUPS_TRUE ? ON : OFF));
@@ -120,7 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   initializeJobSetting(&setting, &header, ticket.empty() ? nullptr : ticket.c_str());
   requireSettled(setting, header);
   const bool withPage = setting.resolution % 0x10000 != 0;
-  if (withPage && isRefused(setting, header.cupsWidth)) return 0;
+  if (withPage && fuzz::isRefused(setting, header.cupsWidth)) return 0;
 
   const fuzz::JobInMemory output;
   jobsetting = &setting;

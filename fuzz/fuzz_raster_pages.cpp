@@ -153,6 +153,10 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
   const Size size = pageFollows ? sizeOf(pages[0], setting) : Size{};
   const std::size_t printedPages = pages.size() * static_cast<std::size_t>(job.copies);
   if (size.width <= 65520 && size.width * size.height * printedPages > MOST_PIXELS) return;
+  const bool canBeGood = fuzz::canBeGood(setting) && std::ranges::none_of(pages, [](const RasterPage& page) {
+                           const char* type = page.header.MediaType;
+                           return fuzz::hasControlCharacter({type, strnlen(type, sizeof page.header.MediaType - 1)});
+                         });
   jobsetting = &setting;
   const fuzz::JobInMemory output;
   try {
@@ -166,9 +170,10 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
     loop.stopImageThread();
     require(loop.leftEarly() == (pageFollows && job.jobSheet));
   } catch (const JobError&) {
-    return require(size.width == 0 || size.width > 65520);
+    return require(fuzz::isRefused(setting, pages[0].header.cupsWidth));
   }
-  if (fuzz::canBeGood(setting)) requireJob(output.take(), job, pages, setting, size);
+  require(!pageFollows || !fuzz::isRefused(setting, pages[0].header.cupsWidth));
+  if (canBeGood) requireJob(output.take(), job, pages, setting, size);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ case "${1:-build}" in
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
   package) packages="$build dpkg-dev file" ;;
   bench) packages="$build python3" ;;
-  lint) packages="$build libgtest-dev clang clang-format clang-tidy" ;;
+  lint) packages="$build libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
 esac
 
