@@ -7,7 +7,7 @@
 namespace kesto::bench {
 namespace {
 
-/// How much more a pixel or a page may cost than in the job it is compared with and still count as costing the same.
+/// How much more a pixel or a page may cost than in the next smaller job and still count as costing the same.
 constexpr double SAME = 1.25;
 
 struct Resolution {
@@ -37,14 +37,13 @@ void measureResolutions(const Programs& programs, Report& report) {
     whole.values.emplace_back(dpi, times.ours);
     renderer.values.emplace_back(dpi, times.theirs);
   }
-  Table table{"Growth with pixels, processor time of the filter", "nanoseconds a pixel", "at 600 dpi", {}};
+  Table table{"Growth with pixels, processor time of the filter", "nanoseconds a pixel", "half the dpi", {}};
   constexpr double SHEET = (612.0 - 24) * (792 - 24) / (72 * 72);  // square inches within the margins
   const auto perPixel = [&](std::size_t i) {
     return own.values[i].second * 1e9 / (SHEET * RESOLUTIONS[i].dpi * RESOLUTIONS[i].dpi);
   };
-  constexpr std::size_t REFERENCE = 2;
-  for (const std::size_t i : {0U, 1U, 3U}) {
-    const Comparison measured{perPixel(i), perPixel(REFERENCE), perPixel(i) / perPixel(REFERENCE)};
+  for (std::size_t i = 1; i < RESOLUTIONS.size(); ++i) {
+    const Comparison measured{perPixel(i), perPixel(i - 1), perPixel(i) / perPixel(i - 1)};
     table.rows.push_back({own.values[i].first + " dpi", measured, Bound::AT_MOST, SAME});
   }
   report.tables.push_back(std::move(table));
@@ -60,16 +59,15 @@ void measurePages(const Programs& programs, Report& report) {
     tellProgress(std::to_string(pages) + " pages");
     return runProgram(programs.filterOnRaster(raster, pages));
   };
-  constexpr std::array PAGES{1U, 10U, 100U};
-  Table table{"Growth with pages, processor time of the filter", "milliseconds a page", "of 10 pages", {}};
-  std::array<double, PAGES.size()> perPage{};
-  for (std::size_t i = 0; i < PAGES.size(); ++i) perPage[i] = 1e3 * run(PAGES[i]).processorSeconds / PAGES[i];
-  const double first = perPage[1];
-  for (const std::size_t i : {0U, 2U}) {
-    table.rows.push_back({std::to_string(PAGES[i]) + (i == 0 ? " page" : " pages"),
-                          {perPage[i], first, perPage[i] / first},
-                          Bound::AT_MOST,
-                          SAME});
+  Table table{"Growth with pages, processor time of the filter", "milliseconds a page", "a tenth of them", {}};
+  double before = 0;
+  for (const unsigned pages : {1U, 10U, 100U}) {
+    const double perPage = 1e3 * run(pages).processorSeconds / pages;
+    if (before > 0) {
+      const Comparison measured{perPage, before, perPage / before};
+      table.rows.push_back({std::to_string(pages) + " pages", measured, Bound::AT_MOST, SAME});
+    }
+    before = perPage;
   }
   report.tables.push_back(std::move(table));
 

@@ -1,16 +1,18 @@
 #include "process.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -61,19 +63,24 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return result;
 }
 
-/// A program that runs. What it says on standard error is dropped.
+double secondsOf(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/// A program that runs.
 class Child {
  public:
   Child(const Program& program, int input, int output) : path_(program.path) {
     std::vector<std::string> arguments = program.arguments;
     std::vector<std::string> environment = program.environment;
     environment.emplace_back("PATH=/usr/sbin:/usr/bin:/sbin:/bin");
-    const Descriptor null = openNull();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, null.get(), STDERR_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, log_.get(), STDERR_FILENO);
     const int error =
         posix_spawn(&pid_, path_.c_str(), &actions, nullptr, pointers(arguments).data(), pointers(environment).data());
     posix_spawn_file_actions_destroy(&actions);
@@ -89,7 +96,7 @@ class Child {
 
   /// The most memory that has been resident so far.
   [[nodiscard]] double peakMegabytes() const {
-    std::ifstream status(procFile("status"));
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
     for (std::string name; status >> name;) {
       double kibibytes = 0;
       if (name == "VmHWM:" && status >> kibibytes) return kibibytes * 1024 / 1e6;
@@ -98,36 +105,32 @@ class Child {
   }
 
   /// Waits for the end and returns the processor time of the program's own threads. What the kernel hands out together
-  /// with the exit status counts the children's as well, so that it is asked before.
+  /// with the exit status counts the children's as well, so that the program's clock is read before.
   double finish() {
     siginfo_t end = {};
     while (waitid(P_PID, static_cast<id_t>(pid_), &end, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
     }
-    const double seconds = ownSeconds();
+    clockid_t clock{};
+    const double seconds = clock_getcpuclockid(pid_, &clock) == 0 ? secondsOf(clock) : 0;
     int status = 0;
     waitpid(pid_, &status, 0);
     pid_ = -1;
-    if (status != 0) throw std::runtime_error(path_ + " failed");
+    const std::string error = firstError();
+    if (status != 0 || !error.empty()) throw std::runtime_error(path_ + " failed: " + error);
     return seconds;
   }
 
  private:
-  [[nodiscard]] std::string procFile(const char* name) const { return "/proc/" + std::to_string(pid_) + "/" + name; }
-
-  [[nodiscard]] double ownSeconds() const {
-    std::ifstream file(procFile("stat"));
-    std::string text;
-    std::getline(file, text);
-    std::istringstream fields(text.substr(text.rfind(')') + 1));  // the program's name may hold blanks
-    constexpr int FIELDS_BEFORE_TIMES = 11;
-    std::string skipped;
-    for (int i = 0; i < FIELDS_BEFORE_TIMES; ++i) fields >> skipped;
-    double user = 0;
-    double system = 0;
-    fields >> user >> system;
-    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+  /// The first line on standard error that says so. A filter's exit status can be 0 although it could not do its work.
+  [[nodiscard]] std::string firstError() const {
+    std::ifstream log("/dev/fd/" + std::to_string(log_.get()));
+    for (std::string line; std::getline(log, line);) {
+      if (line.starts_with("ERROR:")) return line;
+    }
+    return {};
   }
 
+  Descriptor log_{memfd_create("log", MFD_CLOEXEC)};  // what the program says on standard error
   std::string path_;
   pid_t pid_ = -1;
 };
@@ -156,12 +159,6 @@ Usage runWithInput(const Program& program, int input) {
   usage.processorSeconds = child.finish();
   usage.seconds = std::chrono::duration<double>(Clock::now() - start).count();
   return usage;
-}
-
-double secondsOf(clockid_t clock) {
-  timespec time{};
-  clock_gettime(clock, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
 }  // namespace
