@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <sstream>
@@ -30,10 +31,16 @@ std::string processorName() {
   return "unknown processor";
 }
 
-std::string machine() {
-  return format("%s, %u cores, libjpeg-turbo %d.%d.%d", processorName().c_str(), std::thread::hardware_concurrency(),
-                LIBJPEG_TURBO_VERSION_NUMBER / 1000000, LIBJPEG_TURBO_VERSION_NUMBER / 1000 % 1000,
-                LIBJPEG_TURBO_VERSION_NUMBER % 1000);
+/// What it was measured on, and how busy that was with other work when it began.
+std::string machine(double load) {
+  return format("%s, %u cores, libjpeg-turbo %d.%d.%d, load average %.1f at the start", processorName().c_str(),
+                std::thread::hardware_concurrency(), LIBJPEG_TURBO_VERSION_NUMBER / 1000000,
+                LIBJPEG_TURBO_VERSION_NUMBER / 1000 % 1000, LIBJPEG_TURBO_VERSION_NUMBER % 1000, load);
+}
+
+double loadAverage() {
+  double load = 0;
+  return getloadavg(&load, 1) == 1 ? load : 0;
 }
 
 /// Three figures that count, as a rule.
@@ -80,8 +87,10 @@ void writeSeries(std::ostream& json, const Series& series) {
 
 }  // namespace
 
+Report::Report() : loadAtStart_(loadAverage()) {}
+
 std::string Report::asText() const {
-  std::string text = machine();
+  std::string text = machine(loadAtStart_);
   text += '\n';
   for (const Table& table : tables) {
     text.append("\n").append(table.title).append(", ").append(table.unit).append("\n");
@@ -93,7 +102,7 @@ std::string Report::asText() const {
 
 std::string Report::asJson() const {
   std::ostringstream json;
-  json << "{\"machine\": " << std::quoted(machine()) << ",\n\"tables\": ";
+  json << "{\"machine\": " << std::quoted(machine(loadAtStart_)) << ",\n\"tables\": ";
   writeArray(json, tables, [&](const Table& table) { writeTable(json, table); });
   json << ",\n\"series\": ";
   writeArray(json, series, [&](const Series& one) { writeSeries(json, one); });

@@ -37,7 +37,11 @@ struct Series {
   std::vector<std::pair<std::string, double>> values;
 };
 
-struct Report {
+class Report {
+ public:
+  /// Begun before anything is measured.
+  Report();
+
   std::vector<Table> tables;
   std::vector<Series> series;
 
@@ -45,6 +49,9 @@ struct Report {
   [[nodiscard]] std::string asText() const;
   /// All of it.
   [[nodiscard]] std::string asJson() const;
+
+ private:
+  double loadAtStart_;
 };
 
 /// Tells on standard error what is being measured.
