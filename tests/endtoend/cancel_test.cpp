@@ -72,9 +72,11 @@ struct State {
   unsigned fewestPages = 0, mostPages = 0;
   Reader reader = Reader::READS;
 };
+void PrintTo(const State& state, std::ostream* stream) {
+  *stream << state.name;
+}
 
 constexpr char RENDERER_IS_THERE[] = "DEBUG: chatter 0";
-constexpr char SILENT_PRINTER[] = "127.0.0.61";
 
 /// More than the channel's ring and the print thread's block take while nobody reads.
 constexpr char LARGE_PAGES[] =
@@ -151,7 +153,7 @@ const State STATES[] = {
      .settle = 300ms,
      .reader = Reader::STALLS_FOR_GOOD},
     {.name = "AskingASilentPrinter",
-     .call = {.document = "page\nhang", .deviceUri = "socket://127.0.0.61:9100"},
+     .call = {.document = "page\nhang", .deviceUri = "socket://" + ownAddress()},
      .reached = "Sent register command",
      .settle = 100ms,
      .fewestPages = 1,
@@ -176,8 +178,9 @@ class CancelledIn : public testing::TestWithParam<std::tuple<State, Target>> {};
 TEST_P(CancelledIn, EndsSoonAndInOrder) {
   const auto& [state, target] = GetParam();
   std::optional<UdpResponder> silentPrinter;
-  if (state.call.deviceUri.find(SILENT_PRINTER) != std::string::npos)
-    silentPrinter.emplace(SILENT_PRINTER, 9300, std::vector<std::vector<Bytes>>{});
+  if (state.call.deviceUri.ends_with(ownAddress())) {
+    silentPrinter.emplace(ownAddress(), 9300, std::vector<std::vector<Bytes>>{});
+  }
   const TemporaryFolder folder;
   Command command = filterCommand(state.call, folder);
   command.ownGroup = true;
@@ -213,6 +216,9 @@ struct Kind {
   std::vector<FilterCall> calls;  ///< taken in turn
   int moments;                    ///< unless KESTO_SOAK says otherwise
 };
+void PrintTo(const Kind& kind, std::ostream* stream) {
+  *stream << kind.name;
+}
 
 std::string fileText(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
@@ -232,7 +238,7 @@ const Kind KINDS[] = {
      .calls = {{.document = SEVERAL_PAGES, .copies = "3", .onStandardInput = true},
                {.document = GREY_SHEETS, .copies = "4"},
                {.document = SEVERAL_PAGES, .deviceUri = "usb://Kesto/Page"},
-               {.document = SEVERAL_PAGES, .deviceUri = "socket://127.0.0.62:9100"}},
+               {.document = SEVERAL_PAGES, .deviceUri = "socket://127.0.0.1"}},
      .moments = 12},
     {.name = "TheSample", .calls = {{.document = fileText(KESTO_SAMPLE), .realRenderer = true}}, .moments = 2},
 };

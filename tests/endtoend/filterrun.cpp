@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace kesto::test {
 namespace {
@@ -59,6 +60,12 @@ Bytes withoutDate(const Bytes& job) {
   if (date == std::string::npos) return job;
   text.erase(date, text.find('\n', date) - date);
   return {text.begin(), text.end()};
+}
+
+std::string ownAddress(int number) {
+  const int process = getpid() % 64516;  // 254 x 254
+  return "127." + std::to_string(100 + number) + "." + std::to_string(process / 254 + 1) + "." +
+         std::to_string(process % 254 + 1);
 }
 
 int soakCount(int fallback) {

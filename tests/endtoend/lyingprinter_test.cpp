@@ -25,7 +25,6 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
-constexpr char PRINTER[] = "127.0.0.64", SOMEBODY_ELSE[] = "127.0.0.65";
 constexpr std::uint16_t STATUS_PORT = 9300;
 
 using Pieces = std::vector<Bytes>;
@@ -142,7 +141,7 @@ class Liar {
 /// A printer's status port, from which only lies come.
 class LyingPort {
  public:
-  LyingPort() : printer_(open(PRINTER)), somebodyElse_(open(SOMEBODY_ELSE)) {}
+  LyingPort() : printer_(open(ownAddress(0))), somebodyElse_(open(ownAddress(1))) {}
   LyingPort(const LyingPort&) = delete;
   LyingPort& operator=(const LyingPort&) = delete;
   ~LyingPort() {
@@ -164,12 +163,12 @@ class LyingPort {
   }
 
  private:
-  static int open(const char* text) {
+  static int open(const std::string& address) {
     const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in local = {};
     local.sin_family = AF_INET;
     local.sin_port = htons(STATUS_PORT);
-    inet_pton(AF_INET, text, &local.sin_addr);
+    inet_pton(AF_INET, address.c_str(), &local.sin_addr);
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the form of the socket interface
     EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
     return descriptor;
@@ -184,7 +183,7 @@ enum class Link { USB, NETWORK };
 
 Outcome printWithLies(const std::string& document, Link link, const Lie& lie) {
   const TemporaryFolder folder;
-  const char* uri = link == Link::USB ? "usb://Kesto/Page" : "socket://127.0.0.64:9100";
+  const std::string uri = link == Link::USB ? "usb://Kesto/Page" : "socket://" + ownAddress();
   Command command = filterCommand({.document = document, .deviceUri = uri}, folder);
   command.backChannel = true;
   command.timeout = 5min;
@@ -231,7 +230,7 @@ class LyingPrinter : public testing::TestWithParam<Link> {};
 
 TEST_P(LyingPrinter, ChangesNothingButTheLog) {
   const std::string document =
-      "page pattern=noise\nsleep ms=700\npage width=1200 height=1600 pattern=text\nsleep ms=700\npage";
+      "page pattern=noise\nsleep ms=300\npage width=1200 height=1600 pattern=text\nsleep ms=300\npage";
   const Outcome silent = printWithLies(document, GetParam(), LIES[0]);
   EXPECT_EQ(faultOf(silent.output), "");
   for (const Lie& lie : LIES) {
@@ -245,25 +244,19 @@ TEST_P(LyingPrinter, ChangesNothingButTheLog) {
   }
 }
 
-/// The lies that give the filter most to do, against silence. Processor time, which other programs do not change; the
-/// least of several runs in turn.
-TEST_P(LyingPrinter, CostsAtMostATwentiethMoreTime) {
-  const int pages = std::getenv("KESTO_SOAK") == nullptr ? 2 : 20;  // NOLINT(concurrency-mt-unsafe): one thread
-  std::string document;
-  for (int i = 0; i < pages; ++i)
-    document += "page width=2400 height=3200 pattern=text seed=" + std::to_string(i) + "\n";
-  milliseconds silent = 1h, lied = 1h;
-  std::string worst;
-  for (int run = 0; run < 3; ++run) {
-    silent = std::min(silent, printWithLies(document, GetParam(), LIES[0]).processorTime);
-  }
-  for (const char* name : {"ByteByByte", "Garbage", "Mutated"}) {
-    const Lie& lie = *std::ranges::find(LIES, std::string_view(name), &Lie::name);
-    lied = 1h;
-    for (int run = 0; run < 3; ++run) lied = std::min(lied, printWithLies(document, GetParam(), lie).processorTime);
-    std::printf("%s: %d ms of processor time, %d ms with silence\n", name, static_cast<int>(lied.count()),
-                static_cast<int>(silent.count()));
-    EXPECT_LE(lied, silent + silent / 20 + 20ms) << name;
+/// The lies that give the filter most to do, against silence, in a job that does hardly anything else: what they take
+/// of a processor is what they may take from a busy job.
+TEST_P(LyingPrinter, TakesAtMostATwentiethOfAProcessor) {
+  const bool longRun = std::getenv("KESTO_SOAK") != nullptr;  // NOLINT(concurrency-mt-unsafe): one thread
+  const std::string document = "page\nsleep ms=" + std::string(longRun ? "20000" : "1500") + "\npage";
+  milliseconds silent{0};
+  for (const std::string_view name : {"Silent", "ByteByByte", "Garbage", "Mutated"}) {
+    const Lie& lie = *std::ranges::find(LIES, name, &Lie::name);
+    const Outcome outcome = printWithLies(document, GetParam(), lie);
+    std::printf("%s: %d ms of processor time in %d ms\n", name.data(), static_cast<int>(outcome.processorTime.count()),
+                static_cast<int>(outcome.duration.count()));
+    if (&lie == LIES) silent = outcome.processorTime;
+    EXPECT_LE(outcome.processorTime, silent + outcome.duration / 20 + 20ms) << name;
   }
 }
 

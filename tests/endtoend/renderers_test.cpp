@@ -28,6 +28,9 @@ struct Renderer {
   int status = 0;
   const char* serverBin = "";
 };
+void PrintTo(const Renderer& renderer, std::ostream* stream) {
+  *stream << renderer.name;
+}
 
 const Renderer RENDERERS[] = {
     // How it ends.

@@ -18,8 +18,6 @@ struct JobKind {
   int cancelledAfterMs = -1;
 };
 
-constexpr char PRINTER[] = "127.0.0.63";
-
 const JobKind KINDS[] = {
     {"Colour", {.document = "page width=320 height=600 pattern=noise\npage width=320 height=600 pattern=text"}, 2},
     {"Grey", {.document = "page bits=8 height=300 pattern=noise\npage bits=8 height=300", .onStandardInput = true}, 2},
@@ -28,7 +26,7 @@ const JobKind KINDS[] = {
      {.document = "page duplex=1 height=40\npage duplex=1 height=40\npage duplex=1 height=40", .copies = "3"},
      11},
     {"Usb", {.document = "page pattern=noise\nsleep ms=50\npage", .deviceUri = "usb://Kesto/Page"}, 2},
-    {"Network", {.document = "page pattern=noise\nsleep ms=50\npage", .deviceUri = "socket://127.0.0.63:9100"}, 2},
+    {"Network", {.document = "page pattern=noise\nsleep ms=50\npage", .deviceUri = "socket://" + ownAddress()}, 2},
     {"EndsEarly", {.document = "page\npage height=640 lines=70\ncrash signal=9"}, 2},
     {"Cancelled", {.document = "page height=64 pattern=noise\npage height=4000 pause=5", .copies = "3"}, 0, 60},
 };
@@ -55,7 +53,7 @@ void printOne(const JobKind& kind) {
 }
 
 TEST(WholeJobs, OfEveryKindComeOutRightAgainAndAgain) {
-  const PrinterProcess printer(PRINTER, {"--error", "Paper jam"});
+  const PrinterProcess printer(ownAddress(), {"--error", "Paper jam"});
   const int jobs = soakCount(static_cast<int>(std::size(KINDS)));
   for (int i = 0; i < jobs; ++i) printOne(KINDS[static_cast<std::size_t>(i) % std::size(KINDS)]);
 }
