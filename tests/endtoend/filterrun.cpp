@@ -62,12 +62,6 @@ Bytes withoutDate(const Bytes& job) {
   return {text.begin(), text.end()};
 }
 
-std::string ownAddress(int number) {
-  const int process = getpid() % 64516;  // 254 x 254
-  return "127." + std::to_string(100 + number) + "." + std::to_string(process / 254 + 1) + "." +
-         std::to_string(process % 254 + 1);
-}
-
 int soakCount(int fallback) {
   const char* count = std::getenv("KESTO_SOAK");  // NOLINT(concurrency-mt-unsafe): one thread
   return count == nullptr ? fallback : std::max(1, std::atoi(count));

@@ -35,9 +35,6 @@ void expectNothingLeft(const TemporaryFolder& folder);
 /// The job without its date, which changes from run to run.
 [[nodiscard]] Bytes withoutDate(const Bytes& job);
 
-/// A loopback address that no other test program listens on, one for each `number` from 0 to 99.
-[[nodiscard]] std::string ownAddress(int number = 0);
-
 /// How often a test that repeats itself is to do so: KESTO_SOAK, or `fallback` where that is not set.
 [[nodiscard]] int soakCount(int fallback);
 

@@ -19,7 +19,7 @@ constexpr char SLOW_DOCUMENT[] =
     "page width=64 height=16 pattern=noise\nsleep ms=3000\npage width=64 height=16 pattern=noise seed=7\n";
 
 TEST(NetworkStatus, AnAlertRaisedDuringTheJobIsReportedUntilItIsCleared) {
-  PrinterProcess printer("127.0.0.11", {"--warning", "Toner low"});
+  PrinterProcess printer({"--warning", "Toner low"});
   TemporaryFolder folder;
   Process filter(filterCommand({.document = SLOW_DOCUMENT, .deviceUri = printer.uri()}, folder));
   EXPECT_TRUE(filter.waitForLog("Sent register command with return status 26\n"));
@@ -40,7 +40,7 @@ TEST(NetworkStatus, AnAlertRaisedDuringTheJobIsReportedUntilItIsCleared) {
 }
 
 TEST(NetworkStatus, ResponsesInSeveralPacketsAreJoined) {
-  PrinterProcess printer("127.0.0.12", {"--error", std::string(200, 'x'), "--packets", "5", "--delay", "30"});
+  PrinterProcess printer({"--error", std::string(200, 'x'), "--packets", "5", "--delay", "30"});
   const Outcome outcome = runFilter({.document = SLOW_DOCUMENT, .deviceUri = printer.uri()});
   const auto warnings = outcome.linesWith("WARNING:");
   ASSERT_GE(warnings.size(), 5u) << outcome.log;
@@ -49,10 +49,9 @@ TEST(NetworkStatus, ResponsesInSeveralPacketsAreJoined) {
 
 TEST(NetworkStatus, BadAnswersChangeNeitherTheJobNorItsStatus) {
   const Bytes reference = withoutDate(runFilter({.document = SLOW_DOCUMENT}).output);
-  int host = 20;
   for (const char* fault : {"silent", "garbage", "truncated", "oversized", "wrong-id"}) {
     SCOPED_TRACE(fault);
-    PrinterProcess printer("127.0.0." + std::to_string(host++), {"--error", "Paper jam", "--fault", fault});
+    PrinterProcess printer({"--error", "Paper jam", "--fault", fault});
     const Outcome outcome = runFilter({.document = SLOW_DOCUMENT, .deviceUri = printer.uri()});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(withoutDate(outcome.output), reference);
@@ -60,7 +59,7 @@ TEST(NetworkStatus, BadAnswersChangeNeitherTheJobNorItsStatus) {
     EXPECT_LT(outcome.duration, 5s);
   }
   // Nobody at the address at all.
-  const Outcome outcome = runFilter({.document = SLOW_DOCUMENT, .deviceUri = "socket://127.0.0.29"});
+  const Outcome outcome = runFilter({.document = SLOW_DOCUMENT, .deviceUri = "socket://" + ownAddress()});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(withoutDate(outcome.output), reference);
 }

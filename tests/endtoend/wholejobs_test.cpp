@@ -53,7 +53,7 @@ void printOne(const JobKind& kind) {
 }
 
 TEST(WholeJobs, OfEveryKindComeOutRightAgainAndAgain) {
-  const PrinterProcess printer(ownAddress(), {"--error", "Paper jam"});
+  const PrinterProcess printer({"--error", "Paper jam"});
   const int jobs = soakCount(static_cast<int>(std::size(KINDS)));
   for (int i = 0; i < jobs; ++i) printOne(KINDS[static_cast<std::size_t>(i) % std::size(KINDS)]);
 }

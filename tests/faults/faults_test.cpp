@@ -170,12 +170,8 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
   }
 
   void startPrinter() {
-    // An address for each of the tests, which may run at the same time.
-    const auto isThis = [this](const Fault& fault) { return fault.name == fault_.name; };
-    const auto index = std::ranges::find_if(faults(), isThis) - faults().begin();
-    const std::string address = "127.0.9." + std::to_string(index + 1);
-    kind_.call.deviceUri += address;
-    printer_.emplace(address, STATUS_PORT,
+    kind_.call.deviceUri += ownAddress();
+    printer_.emplace(ownAddress(), STATUS_PORT,
                      std::vector<std::vector<Bytes>>{
                          {}, {printer::answerDatagram({}), printer::answerDatagram({alertOf(kind_.warning)})}});
   }

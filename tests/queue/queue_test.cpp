@@ -121,7 +121,7 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
       {3, {"-n", "2", "-o", "collate=true", "-o", duplex}, {1, 2, 3, BLANK, 1, 2, 3, BLANK}},
       {2, {"-o", "job-sheets=standard,none"}, {BANNER, 1, 2}},
   };
-  PrinterProcess printer("127.0.0.41");
+  PrinterProcess printer;
   addQueue("copies", printer);
   int number = 0;
   for (const Case& c : cases) {
@@ -134,7 +134,7 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
 }
 
 TEST_F(Queue, EveryPageIsCountedInThePageLog) {
-  PrinterProcess printer("127.0.0.42");
+  PrinterProcess printer;
   addQueue("counted", printer);
   const std::string job = spooler_->print("counted", document(3), {"-n", "2"});
   // "queue user job-id [date] total 6 ..." or a line for each page, by the spooler's version.
@@ -144,7 +144,7 @@ TEST_F(Queue, EveryPageIsCountedInThePageLog) {
 }
 
 TEST_F(Queue, CancellingEndsTheJobInOrderAndTheQueueGoesOn) {
-  PrinterProcess printer("127.0.0.43");
+  PrinterProcess printer;
   addQueue("cancelled", printer);
   // A document that takes long enough to be in the middle of.
   const std::string answer = spooler_->client("lp", {"-d", "cancelled", "-o", "Resolution=600dpi", document(25)});
@@ -159,14 +159,14 @@ TEST_F(Queue, CancellingEndsTheJobInOrderAndTheQueueGoesOn) {
 }
 
 TEST_F(Queue, APrinterMayBeSlow) {
-  PrinterProcess printer("127.0.0.44", {"--slow", "20000"});
+  PrinterProcess printer({"--slow", "20000"});
   addQueue("slow", printer);
   spooler_->print("slow", document(3));
   EXPECT_EQ(pageNumbers(printer.job(1)), (std::vector<int>{1, 2, 3}));
 }
 
 TEST_F(Queue, APrinterThatClosesTheConnectionDoesNotHoldTheQueue) {
-  PrinterProcess printer("127.0.0.45", {"--close-after", "3000"});
+  PrinterProcess printer({"--close-after", "3000"});
   addQueue("broken", printer);
   spooler_->print("broken", document(3));
   spooler_->print("broken", document(1));
@@ -174,7 +174,7 @@ TEST_F(Queue, APrinterThatClosesTheConnectionDoesNotHoldTheQueue) {
 }
 
 TEST_F(Queue, TwoQueuesPrintAtOnce) {
-  PrinterProcess first("127.0.0.46"), second("127.0.0.47");
+  PrinterProcess first, second({}, 1);
   addQueue("first", first);
   addQueue("second", second);
   spooler_->client("lp", {"-d", "first", "-n", "2", document(3)});
@@ -184,7 +184,7 @@ TEST_F(Queue, TwoQueuesPrintAtOnce) {
 }
 
 TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
-  PrinterProcess printer("127.0.0.48");
+  PrinterProcess printer;
   addQueue("bad", printer);
   const std::string good = greyPdf(2);
   const std::vector<std::pair<std::string, std::string>> documents = {
@@ -218,7 +218,7 @@ TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
 }
 
 TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {
-  PrinterProcess printer("127.0.0.49", {"--error", "Paper jam", "--slow", "8000"});
+  PrinterProcess printer({"--error", "Paper jam", "--slow", "8000"});
   addQueue("alerted", printer);
   const std::string answer = spooler_->client("lp", {"-d", "alerted", "-n", "3", document(8)});
   const std::string job = answer.substr(answer.find("alerted-") + 8, answer.find(" (") - answer.find("alerted-") - 8);

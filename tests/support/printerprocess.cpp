@@ -8,8 +8,8 @@
 
 namespace kesto::test {
 
-PrinterProcess::PrinterProcess(std::string address, const std::vector<std::string>& options)
-    : address_(std::move(address)), process_(command(options)) {
+PrinterProcess::PrinterProcess(const std::vector<std::string>& options, int number)
+    : address_(ownAddress(number)), process_(command(options)) {
   if (!process_.waitForOutput("listening")) throw std::runtime_error("no printer: " + process_.finish().log);
 }
 

@@ -9,10 +9,10 @@
 
 namespace kesto::test {
 
-/// A virtual printer that listens on a loopback address of its own.
+/// A virtual printer that listens on a loopback address of its own, the test program's `number`th.
 class PrinterProcess {
  public:
-  explicit PrinterProcess(std::string address, const std::vector<std::string>& options = {});
+  explicit PrinterProcess(const std::vector<std::string>& options = {}, int number = 0);
 
   /// The device URI; the backend asks real printers for their supplies by SNMP and would wait for an answer.
   [[nodiscard]] std::string uri() const { return "socket://" + address_ + ":9100/?snmp=false"; }

@@ -213,6 +213,12 @@ Outcome run(const Command& command) {
   return Process(command).finish();
 }
 
+std::string ownAddress(int number) {
+  const int process = getpid() % 64516;  // 254 x 254
+  return "127." + std::to_string(100 + number) + "." + std::to_string(process / 254 + 1) + "." +
+         std::to_string(process % 254 + 1);
+}
+
 TemporaryFolder::TemporaryFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "kesto-test-XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), "mkdtemp");

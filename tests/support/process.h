@@ -90,6 +90,9 @@ class Process {
 
 Outcome run(const Command& command);
 
+/// A loopback address that no other test program listens on, one for each `number` from 0 to 99.
+[[nodiscard]] std::string ownAddress(int number = 0);
+
 /// A folder that goes with the object.
 class TemporaryFolder {
  public:
