@@ -247,7 +247,7 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
 
 TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
   constexpr std::uint32_t SAMPLES = 24;
-  const char* extent = std::getenv("KESTO_FAULTS");
+  const char* extent = std::getenv("KESTO_FAULTS");  // NOLINT(concurrency-mt-unsafe): one thread
   const bool all = extent != nullptr && std::string(extent) == "all";
 
   const FaultRun reference = referenceRun();
