@@ -19,7 +19,6 @@ std::vector<Bytes> blocksOf(int page, std::uint32_t count) {
   std::vector<Bytes> blocks;
   LineBlock block(GEOMETRY);
   for (std::uint32_t i = 0; i < count; ++i) {
-    block.reset();
     block.setFirstLine(i * LINES_PER_BLOCK);
     if (page >= 0) block.imageRow(0)[0] = static_cast<std::uint8_t>(page);
     blocks.emplace_back(block.bytes().begin(), block.bytes().end());
@@ -46,7 +45,8 @@ void makeCopies(Input& in) {
   };
   const auto end = [&] { require(std::exchange(open, false)); };
   {
-    CopyCache cache(copies, duplex, GEOMETRY, {.start = start, .send = send, .end = end});
+    CopyCache cache(copies, duplex, GEOMETRY,
+                    {.start = start, .send = send, .end = end, .wanted = [] { return true; }});
     for (std::size_t page = 0; page < blockCounts.size(); ++page) {
       cache.beginPage();
       start();
