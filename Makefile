@@ -1,8 +1,9 @@
 # Each target brings all that it needs: Debian's packages, the configuration and the build. See README.md.
 #   make demo               prints the sample document, checks the job and draws its pages
-#   make test               builds and runs every test, and each fuzz target for a bounded number of executions
+#   make test               builds and runs every test, and each fuzz target for a few seconds
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make faults             fails every single call of the filter that can fail; takes about half an hour
+#   make coverage           tells which lines the fuzz targets reach
 #   make package            builds the Debian package in out/
 #   make bench              measures the filter beside libjpeg-turbo, the renderer and rastertopclx
 #   make lint               checks the formatting and runs the static analysis
@@ -13,9 +14,10 @@ SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)
 BUILD := build/$(PRESET)
 
-.PHONY: demo test faults package bench lint clean setup-build setup-test setup-package setup-bench setup-lint
+.PHONY: demo test faults coverage package bench lint clean
+.PHONY: setup-build setup-test setup-coverage setup-package setup-bench setup-lint
 
-setup-build setup-test setup-package setup-bench setup-lint:
+setup-build setup-test setup-coverage setup-package setup-bench setup-lint:
 	@scripts/setup.sh $(@:setup-%=%)
 
 demo: setup-build
@@ -37,6 +39,9 @@ faults: setup-test
 	@cmake --preset release -DKESTO_TESTS=ON
 	@cmake --build build/release -j$(JOBS) --target faults_test
 	@KESTO_FAULTS=all build/release/tests/faults_test
+
+coverage: setup-coverage
+	@scripts/fuzz_coverage.sh
 
 package: setup-package
 	@cmake --preset release -DKESTO_TESTS=OFF

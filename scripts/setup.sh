@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a make target needs; does nothing when they are there.
-#   scripts/setup.sh build|test|package|bench|lint
+#   scripts/setup.sh build|test|coverage|package|bench|lint
 set -eu
 
 build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters
@@ -8,6 +8,7 @@ build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
+  coverage) packages="$build clang libclang-rt-14-dev llvm" ;;
   package) packages="$build dpkg-dev file" ;;
   bench) packages="$build python3" ;;
   lint) packages="$build libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
