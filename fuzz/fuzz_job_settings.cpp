@@ -31,12 +31,14 @@ class PpdFile {
     if (text.empty()) return;
     descriptor_ = memfd_create("ppd", MFD_CLOEXEC);
     require(write(descriptor_, text.data(), text.size()) == std::ssize(text));
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
     setenv("PPD", ("/proc/self/fd/" + std::to_string(descriptor_)).c_str(), 1);
   }
   PpdFile(const PpdFile&) = delete;
   PpdFile& operator=(const PpdFile&) = delete;
   ~PpdFile() {
     releaseOptionSource();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
     unsetenv("PPD");
     if (descriptor_ >= 0) close(descriptor_);
   }

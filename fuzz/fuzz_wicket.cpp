@@ -237,7 +237,7 @@ void oddBand(Input& in) {
   Band band = readBand(in, in.number(0, 70), in.number(0, 33));
   band.separated = in.flag();
   const std::uint8_t odd = in.byte();
-  if ((odd & 1) != 0) band.width = static_cast<std::int8_t>(in.byte());
+  if ((odd & 1) != 0) band.width = in.byte() - 96;
   const std::uint32_t blocks = (odd & 2) != 0 ? in.byte() : static_cast<std::uint32_t>(band.pixels) / 64;
   band.capacity = (odd & 4) != 0 ? static_cast<std::int16_t>(in.word16()) : 4 * band.pixels;
   const std::uint8_t firstMap = in.byte();
