@@ -17,8 +17,8 @@ constexpr PageGeometry GEOMETRY = {.pixelWidth = 16, .pixelHeight = 24, .bytesPe
 /// A page's line blocks: the whole page, a part of it, or none. The first pixel tells the page.
 std::vector<Bytes> blocksOf(int page, std::uint32_t count) {
   std::vector<Bytes> blocks;
-  LineBlock block(GEOMETRY);
   for (std::uint32_t i = 0; i < count; ++i) {
+    LineBlock block(GEOMETRY);
     block.setFirstLine(i * LINES_PER_BLOCK);
     if (page >= 0) block.imageRow(0)[0] = static_cast<std::uint8_t>(page);
     blocks.emplace_back(block.bytes().begin(), block.bytes().end());
@@ -30,7 +30,9 @@ void makeCopies(Input& in) {
   const auto copies = static_cast<std::int32_t>(in.number(0, 5)) - 1;
   const bool duplex = in.flag();
   std::vector<std::uint32_t> blockCounts;  // of each page
-  const bool cancelled = in.flag();        // while the last of these pages is printed, with more to come
+  const std::uint8_t ending = in.byte();
+  const bool cancelled = (ending & 1) != 0;  // while the last of these pages is printed, with more to come
+  const int wanted = ending < 2 ? 100 : ending >> 1;
   while (!in.empty() && blockCounts.size() < 12) blockCounts.push_back(in.number(0, 3));
 
   std::vector<std::vector<Bytes>> printed;
@@ -44,9 +46,9 @@ void makeCopies(Input& in) {
     printed.emplace_back();
   };
   const auto end = [&] { require(std::exchange(open, false)); };
+  const auto isWanted = [left = wanted]() mutable { return left-- > 0; };
   {
-    CopyCache cache(copies, duplex, GEOMETRY,
-                    {.start = start, .send = send, .end = end, .wanted = [] { return true; }});
+    CopyCache cache(copies, duplex, GEOMETRY, {.start = start, .send = send, .end = end, .wanted = isWanted});
     for (std::size_t page = 0; page < blockCounts.size(); ++page) {
       cache.beginPage();
       start();
@@ -60,7 +62,7 @@ void makeCopies(Input& in) {
     }
   }
   std::vector<std::vector<Bytes>> due;
-  for (const auto& [page, isFirst] : fuzz::copyPlan(blockCounts.size(), copies, duplex, cancelled)) {
+  for (const auto& [page, isFirst] : fuzz::copyPlan(blockCounts.size(), copies, duplex, cancelled, wanted)) {
     // A page without a block can only be repeated as a white one; a blank back is as long as its front.
     const std::size_t source = page == fuzz::BLANK ? blockCounts.size() - 1 : static_cast<std::size_t>(page);
     const bool white = page == fuzz::BLANK || blockCounts[source] == 0;

@@ -133,7 +133,7 @@ void requireJob(const Bytes& bytes, const Job& job, const std::vector<RasterPage
   PageCollector collector;
   job::checkJob(bytes, &collector);
   const auto plan = fuzz::copyPlan(job.jobSheet ? std::min<std::size_t>(pages.size(), 1) : pages.size(),
-                                   job.jobSheet ? 1 : job.copies, setting.duplex == ON && !job.jobSheet, false);
+                                   job.jobSheet ? 1 : job.copies, setting.duplex == ON && !job.jobSheet, false, 100);
   require(collector.pages.size() == plan.size());
   for (std::size_t i = 0; i < plan.size(); ++i) {
     const RasterPage blank;
