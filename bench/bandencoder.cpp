@@ -1,12 +1,10 @@
 #include "bandencoder.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
 #include <unistd.h>
 
-#include "codec/colorconvert.h"
 #include "filter/lineblock.h"
 #include "filter/pagepipeline.h"
 #include "hdc/hdc.h"
@@ -21,10 +19,6 @@ std::uint32_t size32(std::size_t size) {
   return static_cast<std::uint32_t>(size);
 }
 
-std::int32_t signed32(std::size_t size) {
-  return static_cast<std::int32_t>(size);
-}
-
 }  // namespace
 
 BandEncoder::BandEncoder(std::size_t width, int channels)
@@ -33,9 +27,6 @@ BandEncoder::BandEncoder(std::size_t width, int channels)
       bandPixels_(LINES_PER_BLOCK * width),
       settings_(std::make_unique<WicketSettings>()),
       coder_(std::make_unique<WicketCoder>()),
-      y_(bandPixels_),
-      cb_(bandPixels_),
-      cr_(bandPixels_),
       tags_(bandPixels_, PAGE_TAG) {
   setting_.isColor = channels == 3 ? 1 : 0;
   jobsetting = &setting_;
@@ -62,18 +53,12 @@ void BandEncoder::finish() {
 }
 
 void BandEncoder::convert(const std::uint8_t* rows) {
-  if (!planesAreWhite_) {
-    std::ranges::fill(y_, WHITE_Y);
-    std::ranges::fill(cb_, WHITE_CHROMA);
-    std::ranges::fill(cr_, WHITE_CHROMA);
-  }
-  planesAreWhite_ = rgbtoYCbCr(signed32(3 * width_), signed32(3 * bandPixels_), rows, signed32(width_),
-                               signed32(bandPixels_), y_.data(), cb_.data(), cr_.data(), 1) != COLOR_BAND_PRINTED;
+  planes_.convert({rows, 3 * bandPixels_}, size32(width_));
 }
 
 void BandEncoder::compress(const std::uint8_t* rows, std::size_t band, bool isLast) {
   compress_and_send(settings_.get(), coder_.get(), size32(LINES_PER_BLOCK * band), size32(width_), size32(bandPixels_),
-                    y_.data(), cb_.data(), cr_.data(), rows, tags_.data(), isLast ? 1 : 0);
+                    planes_.y(), planes_.cb(), planes_.cr(), rows, tags_.data(), isLast ? 1 : 0);
 }
 
 void BandEncoder::encode(const Bytes& pixels) {

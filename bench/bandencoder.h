@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "codec/wicket.h"
+#include "filter/bandplanes.h"
 #include "jobsettings/jobsettings.h"
 #include "pages.h"
 
@@ -42,8 +43,8 @@ class BandEncoder {
   JobSetting setting_;
   std::unique_ptr<WicketSettings> settings_;
   std::unique_ptr<WicketCoder> coder_;
-  Bytes y_, cb_, cr_, tags_;
-  bool planesAreWhite_ = false;
+  BandPlanes planes_;
+  Bytes tags_;
   std::FILE* sink_ = nullptr;
 };
 

@@ -1,6 +1,5 @@
 #include "filter/imagethread.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -8,7 +7,7 @@
 #include <new>
 #include <vector>
 
-#include "codec/colorconvert.h"
+#include "filter/bandplanes.h"
 #include "filter/joberror.h"
 #include "filter/jobstate.h"
 #include "filter/lineblock.h"
@@ -59,22 +58,10 @@ class BlockProcessor {
   void compress() {
     const std::uint32_t width = header_.bytesPerLine / header_.bytesPerPixel;
     const std::uint32_t pixelCount = header_.imageSize / header_.bytesPerPixel;
-    if (jobsetting->isColor != 0) convertToPlanes(width, pixelCount);
+    if (jobsetting->isColor != 0) planes_.convert(image_, width);
     const std::uint8_t lastBand = isLastBand(width, pixelCount) ? 1 : 0;
-    compress_and_send(settings_.get(), coder_.get(), header_.firstLine, width, pixelCount, y_.data(), cb_.data(),
-                      cr_.data(), image_.data(), tags_.data(), lastBand);
-  }
-
-  void convertToPlanes(std::uint32_t width, std::uint32_t pixelCount) {
-    if (!planesAreWhite_ || y_.size() != pixelCount) {
-      y_.assign(pixelCount, WHITE_Y);
-      cb_.assign(pixelCount, WHITE_CHROMA);
-      cr_.assign(pixelCount, WHITE_CHROMA);
-    }
-    const std::int32_t status = rgbtoYCbCr(
-        static_cast<std::int32_t>(header_.bytesPerLine), static_cast<std::int32_t>(header_.imageSize), image_.data(),
-        static_cast<std::int32_t>(width), static_cast<std::int32_t>(pixelCount), y_.data(), cb_.data(), cr_.data(), 1);
-    planesAreWhite_ = status != COLOR_BAND_PRINTED;
+    compress_and_send(settings_.get(), coder_.get(), header_.firstLine, width, pixelCount, planes_.y(), planes_.cb(),
+                      planes_.cr(), image_.data(), tags_.data(), lastBand);
   }
 
   bool isLastBand(std::uint32_t width, std::uint32_t pixelCount) {
@@ -89,8 +76,8 @@ class BlockProcessor {
   std::unique_ptr<WicketSettings> settings_;
   std::unique_ptr<WicketCoder> coder_;
   LineBlockHeader header_;
-  std::vector<std::uint8_t> image_, tags_, y_, cb_, cr_;
-  bool planesAreWhite_ = false;    ///< what the band before has left them
+  std::vector<std::uint8_t> image_, tags_;
+  BandPlanes planes_;
   std::uint64_t pagePixels_ = 0;   ///< of the job's every page, from its first block
   std::uint64_t pixelsTaken_ = 0;  ///< of the current page
 };
