@@ -239,7 +239,7 @@ const Kind KINDS[] = {
                {.document = GREY_SHEETS, .copies = "4"},
                {.document = SEVERAL_PAGES, .deviceUri = "usb://Kesto/Page"},
                {.document = SEVERAL_PAGES, .deviceUri = "socket://127.0.0.1"}},
-     .moments = 12},
+     .moments = 8},
     {.name = "TheSample", .calls = {{.document = fileText(KESTO_SAMPLE), .realRenderer = true}}, .moments = 2},
 };
 
