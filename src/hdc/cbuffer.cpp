@@ -45,8 +45,7 @@ std::pair<std::size_t, std::uint32_t> splitAtEnd(std::size_t slots, std::uint32_
 }  // namespace
 
 bool cbufferCreate(cbuffer* buffer, std::uint32_t capacity) {
-  // Filled with zeros, so that the system has given the memory when the job starts and not in the middle of a page.
-  std::unique_ptr<std::uint8_t[]> storage(new (std::nothrow) std::uint8_t[std::size_t{capacity} + 1]());
+  std::unique_ptr<std::uint8_t[]> storage(new (std::nothrow) std::uint8_t[std::size_t{capacity} + 1]);
   buffer->size.store(capacity, std::memory_order_relaxed);
   buffer->writeIndex.store(0, std::memory_order_relaxed);
   buffer->readIndex.store(0, std::memory_order_relaxed);

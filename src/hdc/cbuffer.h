@@ -21,7 +21,7 @@ struct cbuffer {
   std::atomic<std::uint8_t*> data{nullptr};  ///< N + 1 bytes, owned; null before create, after free or without memory
 };
 
-/// Prepares an empty ring for `capacity` bytes, filled with zeros. The record must hold no storage yet.
+/// Prepares an empty ring for `capacity` bytes, not initialised. The record must hold no storage yet.
 ///
 /// Returns false, after an "ERROR:" line on standard error, when there is no memory; the ring then has the size asked
 /// for but neither space nor bytes. Before any other thread knows the ring.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -106,7 +107,12 @@ void drain() {
 void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold) {
   hdcContext.failure.store(0, std::memory_order_release);
   hdcContext.flushThreshold.store(flushThreshold, std::memory_order_release);
-  if (!cbufferCreate(&hdcContext.buffer, capacity)) fail(ENOMEM);
+  if (!cbufferCreate(&hdcContext.buffer, capacity)) {
+    fail(ENOMEM);
+    return;
+  }
+  // So that the system gives the memory when the job starts and not in the middle of a page.
+  std::memset(hdcContext.buffer.data.load(std::memory_order_relaxed), 0, std::size_t{capacity} + 1);
 }
 
 void hdcStartPrintThread(void* argument) {
