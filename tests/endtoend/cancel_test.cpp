@@ -24,6 +24,13 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds LONGEST_END{5000};
 constexpr milliseconds USUAL_END{1000};
 
+/// How much slower a program is made by its sanitizer.
+#ifdef __SANITIZE_THREAD__
+constexpr int SLOWNESS = 8;
+#else
+constexpr int SLOWNESS = 1;
+#endif
+
 /// Whom the spooler signals: one that runs as root the whole group of the filter, any other the filter alone.
 enum class Target { FILTER, GROUP };
 
@@ -189,7 +196,7 @@ TEST_P(CancelledIn, EndsSoonAndInOrder) {
   Process filter(command);
   filter.holdOutput(state.reader != Reader::READS);
   ASSERT_TRUE(filter.waitForLog(state.reached));
-  filter.collectFor(state.settle);
+  filter.collectFor(SLOWNESS * state.settle);
   cancel(filter, target);
   Outcome outcome;
   const auto took = expectOrderlyEnd(filter, folder, state.reader, outcome);
