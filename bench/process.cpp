@@ -16,6 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/argumentlist.h"
+
 namespace kesto::bench {
 namespace {
 
@@ -55,14 +57,6 @@ Descriptor openNull() {
   return Descriptor(open("/dev/null", O_RDWR | O_CLOEXEC));
 }
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> result;
-  result.reserve(texts.size() + 1);
-  for (std::string& text : texts) result.push_back(text.data());
-  result.push_back(nullptr);
-  return result;
-}
-
 double secondsOf(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -81,8 +75,8 @@ class Child {
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, log_.get(), STDERR_FILENO);
-    const int error =
-        posix_spawn(&pid_, path_.c_str(), &actions, nullptr, pointers(arguments).data(), pointers(environment).data());
+    const int error = posix_spawn(&pid_, path_.c_str(), &actions, nullptr, test::pointers(arguments).data(),
+                                  test::pointers(environment).data());
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) throw std::system_error(error, std::generic_category(), path_);
   }

@@ -17,6 +17,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/argumentlist.h"
+
 namespace kesto::test {
 namespace {
 
@@ -33,14 +35,6 @@ std::array<int, 2> makePipe() {
 void closeEnd(int& descriptor) {
   if (descriptor >= 0) close(descriptor);
   descriptor = -1;
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> result;
-  result.reserve(texts.size() + 1);
-  for (std::string& text : texts) result.push_back(text.data());
-  result.push_back(nullptr);
-  return result;
 }
 
 }  // namespace
