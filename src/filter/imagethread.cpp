@@ -30,6 +30,7 @@ class BlockProcessor {
     gBlockProcessingCompleted.store(0, std::memory_order_release);
     if (!takeBlock()) return false;
     compress();
+    if (!releaseBlock()) return false;
     gBlockProcessingCompleted.store(1, std::memory_order_release);
     return true;
   }
@@ -48,20 +49,28 @@ class BlockProcessor {
     std::array<std::uint8_t, LINE_BLOCK_HEADER_SIZE> bytes;
     if (!cbufferReadBytes(&imageLineBlockBuffer, bytes.data(), LINE_BLOCK_HEADER_SIZE)) return false;
     std::memcpy(&header_, bytes.data(), bytes.size());
-    if (!waitForBytes(header_.imageSize + header_.tagSize)) return false;
-    image_.resize(header_.imageSize);
-    tags_.resize(header_.tagSize);
-    return cbufferReadBytes(&imageLineBlockBuffer, image_.data(), header_.imageSize) &&
-           cbufferReadBytes(&imageLineBlockBuffer, tags_.data(), header_.tagSize);
+    if (!waitForBytes(rowBytes())) return false;
+    rows_ = cbufferPeekBytes(&imageLineBlockBuffer, rowBytes());
+    rowsInRing_ = rows_ != nullptr;
+    if (rowsInRing_) return true;
+    copy_.resize(rowBytes());
+    rows_ = copy_.data();
+    return cbufferReadBytes(&imageLineBlockBuffer, copy_.data(), rowBytes());
   }
+
+  /// Gives the ring the room of the block's rows back.
+  bool releaseBlock() { return !rowsInRing_ || cbufferSkipBytes(&imageLineBlockBuffer, rowBytes()); }
+
+  /// The image rows' and the tag rows'.
+  [[nodiscard]] std::uint32_t rowBytes() const { return header_.imageSize + header_.tagSize; }
 
   void compress() {
     const std::uint32_t width = header_.bytesPerLine / header_.bytesPerPixel;
     const std::uint32_t pixelCount = header_.imageSize / header_.bytesPerPixel;
-    if (jobsetting->isColor != 0) planes_.convert(image_, width);
+    if (jobsetting->isColor != 0) planes_.convert({rows_, header_.imageSize}, width);
     const std::uint8_t lastBand = isLastBand(width, pixelCount) ? 1 : 0;
     compress_and_send(settings_.get(), coder_.get(), header_.firstLine, width, pixelCount, planes_.y(), planes_.cb(),
-                      planes_.cr(), image_.data(), tags_.data(), lastBand);
+                      planes_.cr(), rows_, rows_ + header_.imageSize, lastBand);
   }
 
   bool isLastBand(std::uint32_t width, std::uint32_t pixelCount) {
@@ -76,7 +85,9 @@ class BlockProcessor {
   std::unique_ptr<WicketSettings> settings_;
   std::unique_ptr<WicketCoder> coder_;
   LineBlockHeader header_;
-  std::vector<std::uint8_t> image_, tags_;
+  const std::uint8_t* rows_ = nullptr;  ///< of the image, then of the tags; in the ring or in `copy_`
+  bool rowsInRing_ = false;
+  std::vector<std::uint8_t> copy_;  ///< of rows that cross the end of the ring
   BandPlanes planes_;
   std::uint64_t pagePixels_ = 0;   ///< of the job's every page, from its first block
   std::uint64_t pixelsTaken_ = 0;  ///< of the current page

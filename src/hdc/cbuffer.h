@@ -53,6 +53,16 @@ void cbufferFree(cbuffer* buffer);
 /// that it saw before this call can only have grown.
 [[nodiscard]] bool cbufferWriteBytes(cbuffer* buffer, const std::uint8_t* bytes, std::uint32_t count);
 
+/// The next `count` bytes where they lie, or null when fewer are stored or when they cross the end of storage.
+///
+/// They stay what they are until they are taken out. Consumer thread only.
+[[nodiscard]] const std::uint8_t* cbufferPeekBytes(const cbuffer* buffer, std::uint32_t count);
+
+/// Takes `count` bytes out without copying them, or none of them.
+///
+/// Returns false, with the ring unchanged, when `count` exceeds the bytes stored. Consumer thread only.
+[[nodiscard]] bool cbufferSkipBytes(cbuffer* buffer, std::uint32_t count);
+
 /// Takes `count` bytes out in the order in which they were stored, or none of them.
 ///
 /// Returns false, with ring and destination unchanged, when `count` exceeds the bytes stored. Consumer thread only.

@@ -81,6 +81,27 @@ TEST_F(Cbuffer, KeepsOrderAndCountsFromEveryPosition) {
   }
 }
 
+TEST_F(Cbuffer, ShowsBytesWhereTheyLieAndTakesThemOutUncopied) {
+  create(5);
+  for (std::uint32_t position = 0; position <= 5; ++position) {
+    moveTo(position);
+    ASSERT_TRUE(store("vwxyz"));
+    const std::uint32_t untilEnd = std::min(6 - position, 5U);
+    const std::uint8_t* const bytes = cbufferPeekBytes(&ring_, untilEnd);
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(std::string(bytes, bytes + untilEnd), std::string("vwxyz").substr(0, untilEnd));
+    EXPECT_EQ(cbufferPeekBytes(&ring_, untilEnd + 1), nullptr) << "across the end, or more than is stored";
+    EXPECT_EQ(cbufferGetAvailableBytes(&ring_), 5U);
+    EXPECT_FALSE(cbufferSkipBytes(&ring_, 6));
+    EXPECT_TRUE(cbufferSkipBytes(&ring_, 0));
+    EXPECT_TRUE(cbufferSkipBytes(&ring_, 2));
+    EXPECT_EQ(take(3), "xyz") << "from position " << position;
+  }
+  cbufferFree(&ring_);
+  EXPECT_EQ(cbufferPeekBytes(&ring_, 1), nullptr);
+  EXPECT_FALSE(cbufferSkipBytes(&ring_, 1));
+}
+
 TEST_F(Cbuffer, HasNeitherBytesNorSpaceAfterFree) {
   create(4);
   ASSERT_TRUE(store("abc"));
