@@ -60,6 +60,9 @@ bool acceptsBytes() {
          hdcContext.buffer.data.load(std::memory_order_relaxed) != nullptr;
 }
 
+/// The most that is written at once.
+constexpr std::uint32_t LARGEST_BLOCK = std::numeric_limits<std::int32_t>::max();
+
 /// The threshold in force. One at or above the capacity could never be passed, so a full ring drains in any case.
 std::uint32_t drainThreshold() {
   const std::uint32_t size = hdcContext.buffer.size.load(std::memory_order_relaxed);
@@ -90,16 +93,18 @@ bool writeSome(std::span<const std::uint8_t>& rest) {
   }
 }
 
-/// Takes everything stored out of the ring and writes it.
-void drain() {
-  constexpr std::uint32_t LARGEST_BLOCK = std::numeric_limits<std::int32_t>::max();
+/// Takes everything stored out of the ring, by way of `block`, and writes it.
+void drain(std::span<std::uint8_t> block) {
   const std::uint32_t count = std::min(cbufferGetAvailableBytes(&hdcContext.buffer), LARGEST_BLOCK);
-  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[count]);
-  if (!block) {
-    fail(ENOMEM);
-  } else if (cbufferReadBytes(&hdcContext.buffer, block.get(), count)) {
-    write_bytes(block.get(), static_cast<std::int32_t>(count));
+  if (cbufferReadBytes(&hdcContext.buffer, block.data(), count)) {
+    write_bytes(block.data(), static_cast<std::int32_t>(count));
   }
+}
+
+/// Memory for a block of everything that the ring can hold, given by the system at once and not in the middle of a
+/// page. Null when there is none.
+std::unique_ptr<std::uint8_t[]> makeBlock(std::size_t size) {
+  return std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[size]());
 }
 
 }  // namespace
@@ -165,10 +170,13 @@ int hdcFailure() {
 }
 
 void* print_thread(void* /*argument*/) {
+  const std::size_t size = std::min(hdcContext.buffer.size.load(std::memory_order_relaxed), LARGEST_BLOCK);
+  const auto block = makeBlock(size);
+  if (!block) fail(ENOMEM);
   while (!isStopped() && hdcFailure() == 0) {
     pollUntil([] { return isStopped() || cbufferGetAvailableBytes(&hdcContext.buffer) > drainThreshold(); });
     if (isStopped()) break;
-    drain();
+    drain({block.get(), size});
   }
   return nullptr;
 }
