@@ -85,9 +85,9 @@ void PrintTo(const State& state, std::ostream* stream) {
 
 constexpr char RENDERER_IS_THERE[] = "DEBUG: chatter 0";
 
-/// More than the channel's ring and the print thread's block take while nobody reads.
+/// Each page more than the channel's ring and the print thread's block take at most while nobody reads.
 constexpr char LARGE_PAGES[] =
-    "page width=4800 height=2400 pattern=noise\npage width=4800 height=2400 pattern=noise seed=9\n";
+    "page width=4800 height=4000 pattern=noise\npage width=4800 height=4000 pattern=noise seed=9\n";
 constexpr char SMALL_PAGE[] = "page width=640 height=640 pattern=noise\n";
 
 const State STATES[] = {
@@ -101,7 +101,7 @@ const State STATES[] = {
     {.name = "InAPage",
      .call = {.document = "page\npage height=64 lines=20\nchatter lines=1\nignoresignals\nhang",
               .onStandardInput = true},
-     .reached = RENDERER_IS_THERE,
+     .reached = "PAGE: 2",
      .settle = 100ms,
      .fewestPages = 2,
      .mostPages = 2},
