@@ -4,6 +4,7 @@
 #include <array>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include <unistd.h>
@@ -11,7 +12,9 @@
 #include "bandencoder.h"
 #include "documents.h"
 #include "filter/lineblock.h"
+#include "filter/linestore.h"
 #include "filter/pagepipeline.h"
+#include "filter/pagereader.h"
 #include "filter/rasterstream.h"
 #include "filter/renderer.h"
 #include "filter/tagplane.h"
@@ -64,25 +67,55 @@ PageGeometry geometryOf(const cups_page_header2_t& header) {
   return {roundUp(header.cupsWidth, 16), roundUp(header.cupsHeight, LINES_PER_BLOCK), 3};
 }
 
+/// A line block taken out of a ring: where it lies or, when it crosses the end of storage, a copy.
+class TakenBlock {
+ public:
+  TakenBlock(cbuffer& ring, Bytes& copy) : ring_(ring), copy_(copy), bytes_(cbufferPeekBytes(&ring, size())) {
+    if (bytes_ != nullptr) return;
+    if (!cbufferReadBytes(&ring, copy.data(), size())) throw std::runtime_error("the ring of line blocks is empty");
+    bytes_ = copy.data();
+  }
+  TakenBlock(const TakenBlock&) = delete;
+  TakenBlock& operator=(const TakenBlock&) = delete;
+  ~TakenBlock() {
+    if (bytes_ != copy_.data()) std::ignore = cbufferSkipBytes(&ring_, size());
+  }
+  [[nodiscard]] const std::uint8_t* rows() const { return bytes_ + LINE_BLOCK_HEADER_SIZE; }
+
+ private:
+  [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(copy_.size()); }
+  cbuffer& ring_;
+  Bytes& copy_;
+  const std::uint8_t* bytes_;
+};
+
+/// What a page passes through on its way to the encoder.
+struct Way {
+  RasterStream& stream;
+  LineStore lines;
+  LineBlock block;
+  cbuffer ring;
+  Bytes copy;
+};
+
 /// Takes the stream's current page through all steps.
-void printPage(RasterStream& stream, const PageGeometry& page, LineBlock& block, cbuffer& ring, BandEncoder& encoder,
-               StageTimes& times) {
-  Bytes taken(block.bytes().size());
-  const auto count = static_cast<std::uint32_t>(taken.size());
+void printPage(Way& way, const PageGeometry& page, BandEncoder& encoder, StageTimes& times) {
   Lap lap;
   for (std::uint32_t line = 0; line < page.pixelHeight; line += LINES_PER_BLOCK) {
     for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) {
-      stream.readLine(PixelFormat::RGB, block.imageRow(slot));
+      way.stream.readLine(PixelFormat::RGB, way.lines.next());
+      way.lines.push();
     }
     times.reading += lap();
-    if (!cbufferWriteBytes(&ring, block.bytes().data(), count) || !cbufferReadBytes(&ring, taken.data(), count)) {
-      throw std::runtime_error("the ring of line blocks does not work");
+    for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) way.lines.pop(way.block.imageRow(slot));
+    if (!cbufferWriteBytes(&way.ring, way.block.bytes().data(), page.blockBytes())) {
+      throw std::runtime_error("the ring of line blocks is full");
     }
+    const TakenBlock taken(way.ring, way.copy);
     times.passing += lap();
-    encoder.convert(&taken[LINE_BLOCK_HEADER_SIZE]);
+    encoder.convert(taken.rows());
     times.converting += lap();
-    encoder.compress(&taken[LINE_BLOCK_HEADER_SIZE], line / LINES_PER_BLOCK,
-                     line + LINES_PER_BLOCK == page.pixelHeight);
+    encoder.compress(taken.rows(), line / LINES_PER_BLOCK, line + LINES_PER_BLOCK == page.pixelHeight);
     times.compressing += lap();
   }
 }
@@ -96,20 +129,19 @@ StageTimes printPages(const Programs& programs, const std::string& raster) {
   RasterStream stream(renderer);
   if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
   const PageGeometry page = geometryOf(*stream.header());
-  LineBlock block(page);
-  cbuffer ring;
-  if (!cbufferCreate(&ring, BLOCKS_IN_RING * static_cast<std::uint32_t>(block.bytes().size()))) throw std::bad_alloc();
+  Way way{stream, {page.bytesPerLine(), PageReader::STORE_BYTES}, LineBlock(page), {}, Bytes(page.blockBytes())};
+  if (!cbufferCreate(&way.ring, BLOCKS_IN_RING * page.blockBytes())) throw std::bad_alloc();
   BandEncoder encoder(page.pixelWidth, 3);
 
   StageTimes times;
   const double processStart = processSeconds();
   const double threadStart = threadSeconds();
   do {
-    printPage(stream, page, block, ring, encoder, times);
+    printPage(way, page, encoder, times);
   } while (stream.readHeader());
   encoder.finish();
   times.writing = processSeconds() - processStart - (threadSeconds() - threadStart);
-  cbufferFree(&ring);
+  cbufferFree(&way.ring);
   return times;
 }
 
@@ -141,8 +173,8 @@ Series measurePage(const Programs& programs, const std::string& name, const std:
 
   Series series{name, "milliseconds a page", {{"rendering", 1e3 * rendering}}};
   const auto add = [&](const char* stage, double seconds) { series.values.emplace_back(stage, 1e3 * seconds / PAGES); };
-  add("reading", times.reading);
-  add("line block ring", times.passing);
+  add("reading into the store", times.reading);
+  add("line blocks", times.passing);
   add("colour conversion", times.converting);
   add("transform and coding", times.compressing - tags);
   add("tags", tags);

@@ -37,10 +37,11 @@ void checkThreads();
 /// True when the output channel or the image thread has failed, so that no wait for them can succeed.
 [[nodiscard]] bool threadsFailed();
 
-/// Waits on the job thread until `ready()` holds; ends the job when another thread fails meanwhile.
-template <class Ready>
-void waitInJob(Ready ready) {
-  pollUntil([&] { return ready() || threadsFailed(); });
+/// Waits on the job thread until `ready()` holds; ends the job when another thread fails meanwhile. `pause` as in
+/// pollUntil.
+template <class Ready, class Pause = void (*)(std::chrono::milliseconds)>
+void waitInJob(Ready ready, Pause pause = detail::sleepOnce) {
+  static_cast<void>(pollUntil([&] { return ready() || threadsFailed(); }, std::chrono::milliseconds::max(), pause));
   checkThreads();
 }
 

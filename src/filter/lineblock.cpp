@@ -13,7 +13,7 @@ LineBlock::LineBlock(const PageGeometry& geometry)
               .imageSize = LINES_PER_BLOCK * geometry.bytesPerLine(),
               .tagSize = LINES_PER_BLOCK * geometry.pixelWidth,
               .pageHeight = geometry.pixelHeight},
-      bytes_(std::size_t{LINE_BLOCK_HEADER_SIZE} + header_.imageSize + header_.tagSize) {
+      bytes_(geometry.blockBytes()) {
   std::memcpy(bytes_.data(), &header_, LINE_BLOCK_HEADER_SIZE);
   std::ranges::fill(imageRows(), std::uint8_t{0xFF});
   std::ranges::fill(std::span(bytes_).last(header_.tagSize), PAGE_TAG);

@@ -1,7 +1,8 @@
 // The line block: the unit of raster that the job thread hands to the image thread.
 //
-//   header   six 32-bit words in host byte order: firstLine, bytesPerPixel, bytesPerLine, imageSize, tagSize,
-//   pageHeight image    8 rows of bytesPerLine bytes tags     8 rows of one byte per pixel
+// - header: six 32-bit words in host byte order, those of LineBlockHeader
+// - image: 8 rows of bytesPerLine bytes
+// - tags: 8 rows of one byte per pixel
 //
 // A block lies in memory in exactly this order without gaps, so that it goes through the ring as one run of bytes.
 #pragma once
@@ -14,15 +15,6 @@ namespace kesto {
 
 inline constexpr std::uint32_t LINES_PER_BLOCK = 8;
 
-/// What the whole job's pages share; fixed by the first raster page header.
-struct PageGeometry {
-  std::uint32_t pixelWidth = 0;     ///< pixels of a line, a multiple of 16
-  std::uint32_t pixelHeight = 0;    ///< lines of a page, a multiple of 8
-  std::uint32_t bytesPerPixel = 0;  ///< 3 for RGB, 1 for grey
-
-  [[nodiscard]] std::uint32_t bytesPerLine() const { return pixelWidth * bytesPerPixel; }
-};
-
 struct LineBlockHeader {
   std::uint32_t firstLine = 0;
   std::uint32_t bytesPerPixel = 0;
@@ -33,6 +25,20 @@ struct LineBlockHeader {
 };
 inline constexpr std::uint32_t LINE_BLOCK_HEADER_SIZE = 24;
 static_assert(sizeof(LineBlockHeader) == LINE_BLOCK_HEADER_SIZE, "the header's words lie without gaps");
+
+/// What the whole job's pages share; fixed by the first raster page header.
+struct PageGeometry {
+  std::uint32_t pixelWidth = 0;     ///< pixels of a line, a multiple of 16
+  std::uint32_t pixelHeight = 0;    ///< lines of a page, a multiple of 8
+  std::uint32_t bytesPerPixel = 0;  ///< 3 for RGB, 1 for grey
+
+  [[nodiscard]] std::uint32_t bytesPerLine() const { return pixelWidth * bytesPerPixel; }
+
+  /// Size of a line block.
+  [[nodiscard]] std::uint32_t blockBytes() const {
+    return LINE_BLOCK_HEADER_SIZE + LINES_PER_BLOCK * (bytesPerLine() + pixelWidth);
+  }
+};
 
 /// The tag of every pixel: the renderer delivers pixels, not objects, so that no page has any other.
 inline constexpr std::uint8_t PAGE_TAG = 3;

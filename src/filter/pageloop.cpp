@@ -59,6 +59,10 @@ void sendBlock(std::span<const std::uint8_t> block) {
   waitInJob([&] { return cbufferWriteBytes(&imageLineBlockBuffer, block.data(), size); });
 }
 
+bool ringHasRoom(std::uint32_t bytes) {
+  return static_cast<std::uint32_t>(cbufferGetAvailableSpace(&imageLineBlockBuffer)) >= bytes;
+}
+
 /// Waits until the image thread has sent every block of the page, and ends the page.
 void finishPage() {
   waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
@@ -77,14 +81,20 @@ bool isCopyWanted() {
 PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows)
     : raster_(raster),
       pageFollows_(pageFollows),
-      jobSheet_(fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0),
-      format_(jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY) {
+      jobSheet_(fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0) {
   if (!pageFollows_) return;
-  geometry_ = decideGeometry(*raster_.header(), *jobsetting, format_);
-  block_.emplace(geometry_);
-  const auto blockSize = static_cast<std::uint32_t>(block_->bytes().size());
-  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockSize)) failJobWithText({}, ENOMEM);
-  copies_.emplace(copies, jobsetting->duplex == ON, geometry_,
+  const PixelFormat format = jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY;
+  const PageGeometry geometry = decideGeometry(*raster_.header(), *jobsetting, format);
+  const std::uint32_t blockBytes = geometry.blockBytes();
+  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockBytes)) failJobWithText({}, ENOMEM);
+  reader_.emplace(raster_, format, geometry,
+                  PageReader::BlockSink{.hasRoom = [blockBytes] { return ringHasRoom(blockBytes); },
+                                        .send =
+                                            [this](auto block) {
+                                              sendBlock(block);
+                                              copies_->keep(block);
+                                            }});
+  copies_.emplace(copies, jobsetting->duplex == ON, geometry,
                   CopyCache::PageWriter{
                       .start = [this] { startPage(); }, .send = sendBlock, .end = finishPage, .wanted = isCopyWanted});
 }
@@ -96,7 +106,7 @@ PageLoop::~PageLoop() {
 
 void PageLoop::free() {
   cbufferFree(&imageLineBlockBuffer);
-  block_.reset();
+  reader_.reset();
   copies_.reset();
 }
 
@@ -122,30 +132,8 @@ void PageLoop::printPage() {
   startPage();
   ++pageCount_;
   report("PAGE: %d %u\n", pageCount_, raster_.header()->NumCopies);
-  readPage();
+  reader_->readPage();
   finishPage();
-}
-
-void PageLoop::readPage() {
-  for (std::uint32_t line = 0; line < geometry_.pixelHeight; ++line) {
-    const std::uint32_t slot = line % LINES_PER_BLOCK;
-    raster_.readLine(format_, block_->imageRow(slot));
-    if (jobsetting->mirror == MIRROR_BY_FILTER) mirrorRow(slot);
-    if (slot == LINES_PER_BLOCK - 1) submitBlock(line - slot);
-  }
-  raster_.dropRestOfPage();
-}
-
-void PageLoop::mirrorRow(std::uint32_t slot) {
-  const auto start = static_cast<std::int32_t>(slot * geometry_.bytesPerLine());
-  const auto end = static_cast<std::int32_t>((slot + 1) * geometry_.bytesPerLine() - geometry_.bytesPerPixel);
-  implement_mirorr_on(block_->imageRows().data(), start, end, geometry_.bytesPerPixel);
-}
-
-void PageLoop::submitBlock(std::uint32_t firstLine) {
-  block_->setFirstLine(firstLine);
-  sendBlock(block_->bytes());
-  copies_->keep(block_->bytes());
 }
 
 }  // namespace kesto

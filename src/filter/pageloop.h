@@ -8,7 +8,7 @@
 
 #include "filter/copycache.h"
 #include "filter/imagethread.h"
-#include "filter/lineblock.h"
+#include "filter/pagereader.h"
 #include "filter/rasterstream.h"
 
 namespace kesto {
@@ -41,17 +41,12 @@ class PageLoop {
 
  private:
   void printPage();
-  void readPage();
-  void submitBlock(std::uint32_t firstLine);
   void startPage();
-  void mirrorRow(std::uint32_t slot);
 
   RasterStream& raster_;
   bool pageFollows_;
   bool jobSheet_;
-  PixelFormat format_;
-  PageGeometry geometry_;
-  std::optional<LineBlock> block_;
+  std::optional<PageReader> reader_;
   ImageThread imageThread_;
   std::optional<CopyCache> copies_;
   int pageCount_ = 0;

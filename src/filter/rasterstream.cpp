@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include <poll.h>
 #include <unistd.h>
 
 #include "filter/cancel.h"
@@ -139,6 +140,25 @@ void RasterStream::readLine(PixelFormat format, std::span<std::uint8_t> line) {
   std::ranges::fill(line.subspan(pixelBytes), std::uint8_t{0xFF});
 }
 
+bool RasterStream::inputWaits() {
+  if (linesLeft_ == 0 || ended_ || !unread_.empty()) return true;
+  const ssize_t got = ::read(STDIN_FILENO, input_.data(), input_.size());
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) return false;
+  noteInput(got);
+  return true;
+}
+
+/// After a read of standard input with the result `got`.
+void RasterStream::noteInput(ssize_t got) {
+  if (got < 0) error_ = errno;
+  if (got > 0) unread_ = std::span(input_).first(static_cast<std::size_t>(got));
+}
+
+void RasterStream::sleepUntilInput(milliseconds time) {
+  pollfd input = {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+  ::poll(&input, 1, static_cast<int>(time.count()));
+}
+
 void RasterStream::dropRestOfPage() {
   while (readRasterLine(rasterLine_.data())) {
   }
@@ -159,11 +179,13 @@ ssize_t RasterStream::readInput(void* self, unsigned char* bytes, std::size_t co
 }
 
 ssize_t RasterStream::fillInput() {
-  const ssize_t got = readWhenReady(STDIN_FILENO, input_.data(), input_.size(),
-                                    [this](milliseconds silence) { return nothingMoreComes(silence); });
-  if (got < 0) error_ = errno;
+  ssize_t got = -1;
+  if (error_ == 0) {
+    got = readWhenReady(STDIN_FILENO, input_.data(), input_.size(),
+                        [this](milliseconds silence) { return nothingMoreComes(silence); });
+    noteInput(got);
+  }
   if (got <= 0) ended_ = true;
-  if (got > 0) unread_ = std::span(input_).first(static_cast<std::size_t>(got));
   return got;
 }
 

@@ -6,6 +6,7 @@
 // Job thread only.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -34,6 +35,12 @@ class RasterStream {
   /// beyond the page's last, or one that did not arrive, is white.
   void readLine(PixelFormat format, std::span<std::uint8_t> line);
 
+  /// True when the next line has begun to arrive, or none has to: `readLine` then hardly waits for the renderer.
+  [[nodiscard]] bool inputWaits();
+
+  /// Sleeps until something arrives, or for `time`.
+  static void sleepUntilInput(std::chrono::milliseconds time);
+
   /// Reads and drops the lines of the page that have not been read, so that the next header is found.
   void dropRestOfPage();
 
@@ -54,6 +61,7 @@ class RasterStream {
  private:
   static ssize_t readInput(void* self, unsigned char* bytes, std::size_t count);
   [[nodiscard]] ssize_t fillInput();
+  void noteInput(ssize_t got);
   [[nodiscard]] bool nothingMoreComes(std::chrono::milliseconds silence);
   [[nodiscard]] bool readRasterLine(std::uint8_t* line);
   void noteShortage();

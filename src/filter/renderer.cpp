@@ -82,6 +82,8 @@ void Renderer::start(char* const arguments[]) {
   Pipe raster;
   Pipe execError;
   int error = raster.open();
+  // The job thread has other things to do while nothing comes.
+  if (error == 0 && fcntl(raster.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) error = errno;
   // Best effort: with a large pipe the renderer goes on while the job thread has its hands full.
   if (error == 0) std::ignore = fcntl(raster.readEnd.get(), F_SETPIPE_SZ, RASTER_PIPE_BYTES);
   if (error == 0) error = execError.open();

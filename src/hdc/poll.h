@@ -36,8 +36,9 @@ inline void sleepOnce(std::chrono::milliseconds pause) {
 ///
 /// Looks first, so that a condition that already holds costs no sleep, then every millisecond while the wait is younger
 /// than 20 ms, then every 20 ms; the last look comes when the time is over. A timeout of zero or less looks once.
-template <class Ready>
-[[nodiscard]] bool pollUntil(Ready ready, std::chrono::milliseconds timeout) {
+/// `pause` sleeps until the next look, or for less.
+template <class Ready, class Pause = void (*)(std::chrono::milliseconds)>
+[[nodiscard]] bool pollUntil(Ready ready, std::chrono::milliseconds timeout, Pause pause = detail::sleepOnce) {
   using std::chrono::milliseconds;
   using std::chrono::steady_clock;
   const auto start = steady_clock::now();
@@ -45,7 +46,7 @@ template <class Ready>
     // Ages are compared in milliseconds: a timeout of years would overflow the clock's own unit.
     const auto age = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
     if (age >= timeout) return false;
-    detail::sleepOnce(std::min(detail::pollPause(age), timeout - age));
+    pause(std::min(detail::pollPause(age), timeout - age));
   }
   return true;
 }

@@ -1,0 +1,84 @@
+#include "filter/pagereader.h"
+
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "filter/renderer.h"
+#include "jobsettings/jobsettings.h"
+#include "support/raster.h"
+
+namespace kesto {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Reads a page of 24 MB, more than the renderer's pipe and the reader take of noise, from the stand-in renderer.
+class PageReading : public testing::Test {
+ protected:
+  static constexpr PageGeometry GEOMETRY{.pixelWidth = 2000, .pixelHeight = 4000, .bytesPerPixel = 3};
+
+  PageReading() { jobsetting = &setting_; }
+  ~PageReading() override {
+    raster_.reset();
+    renderer_.reset();
+    unlink(recipe_.c_str());
+    jobsetting = nullptr;
+  }
+
+  /// Starts the renderer. A block is welcome whenever `hasRoom` says so.
+  PageReader start(const std::string& page, std::function<bool()> hasRoom) {
+    expected_ = test::pixelsOf(page);
+    std::ofstream(recipe_) << page << '\n';
+    std::array<std::string, 6> texts{"Test", "1", "test", "Test", "1", ""};
+    std::array<char*, texts.size()> arguments{};
+    for (std::size_t i = 0; i < texts.size(); ++i) arguments[i] = texts[i].data();
+    renderer_.emplace(KESTO_STANDIN_SERVERBIN, arguments.data(), recipe_);
+    raster_.emplace(*renderer_);
+    EXPECT_TRUE(raster_->readHeader());
+    return {*raster_, PixelFormat::RGB, GEOMETRY, {std::move(hasRoom), [this](auto block) { compare(block); }}};
+  }
+
+  void expectTheWholePage() {
+    EXPECT_EQ(blocks_, GEOMETRY.pixelHeight / LINES_PER_BLOCK);
+    EXPECT_EQ(wrongBlocks_, 0u);
+    EXPECT_FALSE(raster_->endedEarly());
+  }
+
+  std::optional<Renderer> renderer_;
+  std::size_t blocks_ = 0;  ///< taken so far
+
+ private:
+  void compare(std::span<const std::uint8_t> block) {
+    const auto rows = block.subspan(LINE_BLOCK_HEADER_SIZE, LINES_PER_BLOCK * GEOMETRY.bytesPerLine());
+    if (std::memcmp(rows.data(), &expected_.at(blocks_ * rows.size()), rows.size()) != 0) ++wrongBlocks_;
+    ++blocks_;
+  }
+
+  JobSetting setting_ = {};
+  std::string recipe_ = testing::TempDir() + "pagereader." + std::to_string(getpid());
+  std::optional<RasterStream> raster_;
+  Bytes expected_;
+  std::size_t wrongBlocks_ = 0;
+};
+
+TEST_F(PageReading, DeliversAPageWholeToWhoeverTakesItSlowly) {
+  std::size_t looks = 0;
+  start("page width=2000 height=4000 bits=24 pattern=noise seed=3", [&] { return ++looks > 3 * blocks_; }).readPage();
+  expectTheWholePage();
+}
+
+TEST_F(PageReading, LetsTheRendererFinishAPageBeforeAnyOfItIsTaken) {
+  start("page width=2000 height=4000 bits=24 pattern=text", [&] { return renderer_->ended(); }).readPage();
+  expectTheWholePage();
+}
+
+}  // namespace
+}  // namespace kesto
