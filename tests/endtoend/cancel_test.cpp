@@ -12,6 +12,7 @@
 #include <signal.h>
 
 #include "endtoend/filterrun.h"
+#include "support/sanitized.h"
 #include "support/udpresponder.h"
 
 namespace kesto::test {
@@ -21,15 +22,8 @@ using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr milliseconds LONGEST_END{5000};
+constexpr milliseconds LONGEST_END{SLOWNESS * 5000};
 constexpr milliseconds USUAL_END{1000};
-
-/// How much slower a program is made by its sanitizer.
-#ifdef __SANITIZE_THREAD__
-constexpr int SLOWNESS = 8;
-#else
-constexpr int SLOWNESS = 1;
-#endif
 
 /// Whom the spooler signals: one that runs as root the whole group of the filter, any other the filter alone.
 enum class Target { FILTER, GROUP };
@@ -87,7 +81,7 @@ constexpr char RENDERER_IS_THERE[] = "DEBUG: chatter 0";
 
 /// Each page more than the channel's ring and the print thread's block take at most while nobody reads.
 constexpr char LARGE_PAGES[] =
-    "page width=4800 height=4000 pattern=noise\npage width=4800 height=4000 pattern=noise seed=9\n";
+    "page width=4800 height=3400 pattern=noise\npage width=4800 height=3400 pattern=noise seed=9\n";
 constexpr char SMALL_PAGE[] = "page width=640 height=640 pattern=noise\n";
 
 const State STATES[] = {

@@ -7,6 +7,7 @@
 #include <signal.h>
 
 #include "endtoend/filterrun.h"
+#include "support/sanitized.h"
 
 namespace kesto::test {
 namespace {
@@ -80,9 +81,7 @@ TEST(Copies, EveryPageComesAsOftenAndInTheOrderThatItShould) {
 }
 
 TEST(Copies, TakeMemoryForOneSheetWhateverTheNumberOfPages) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  GTEST_SKIP() << "a sanitizer's own memory drowns the filter's";
-#endif
+  if (SANITIZED) GTEST_SKIP() << "a sanitizer's own memory drowns the filter's";
   const auto peak = [](int sheets) {
     std::string recipe;
     for (int i = 0; i < 2 * sheets; ++i) recipe += "page width=640 height=800 duplex=1 pattern=text\n";

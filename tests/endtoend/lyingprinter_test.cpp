@@ -18,6 +18,7 @@
 
 #include "endtoend/filterrun.h"
 #include "kestoprinter/answers.h"
+#include "support/sanitized.h"
 
 namespace kesto::test {
 namespace {
@@ -247,6 +248,7 @@ TEST_P(LyingPrinter, ChangesNothingButTheLog) {
 /// The lies that give the filter most to do, against silence, in a job that does hardly anything else: what they take
 /// of a processor is what they may take from a busy job.
 TEST_P(LyingPrinter, TakesAtMostATwentiethOfAProcessor) {
+  if (SANITIZED) GTEST_SKIP() << "a sanitizer's own work drowns the filter's";
   const bool longRun = std::getenv("KESTO_SOAK") != nullptr;  // NOLINT(concurrency-mt-unsafe): one thread
   const std::string document = "page\nsleep ms=" + std::string(longRun ? "20000" : "1500") + "\npage";
   milliseconds silent{0};

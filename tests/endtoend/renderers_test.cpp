@@ -7,15 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
+#include "support/sanitized.h"
 
 namespace kesto::test {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
 
 constexpr long MOST_MEMORY_KIB = 120 * 1024;
 // A sanitizer keeps book of every byte of memory, also of the 4 GiB that an absurd header makes the library reserve.

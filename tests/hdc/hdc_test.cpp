@@ -17,18 +17,14 @@
 #include <unistd.h>
 
 #include "hdc/poll.h"
+#include "support/sanitized.h"
 
 namespace kesto {
 namespace {
 
 using namespace std::chrono_literals;
+using test::SANITIZED;
 using Bytes = std::vector<std::uint8_t>;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
 
 std::int64_t send(const Bytes& bytes) {
   return hdcWrite(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
