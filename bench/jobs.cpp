@@ -16,7 +16,7 @@ Comparison compareWithRenderer(const std::string& document) {
 
 /// Milliseconds of processor time a page, without what came before: both get the raster through a pipe.
 Comparison compareWithRasterFilter(const Programs& programs, const Setup& theirs, const std::string& raster) {
-  constexpr unsigned PAGES = 10;
+  constexpr unsigned PAGES = 30;
   const auto perPage = [](const Usage& usage) { return 1e3 * usage.processorSeconds / PAGES; };
   return compare(
       TURNS, [&] { return perPage(runProgram(programs.filterOnRaster(raster, PAGES))); },

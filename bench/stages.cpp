@@ -2,9 +2,9 @@
 // call them, on pages that pdftoraster has rendered. What the whole filter takes beyond the sum is told as well.
 #include <algorithm>
 #include <array>
+#include <span>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <utility>
 
 #include <unistd.h>
@@ -18,7 +18,6 @@
 #include "filter/rasterstream.h"
 #include "filter/renderer.h"
 #include "filter/tagplane.h"
-#include "hdc/cbuffer.h"
 #include "measurements.h"
 
 namespace kesto::bench {
@@ -67,55 +66,24 @@ PageGeometry geometryOf(const cups_page_header2_t& header) {
   return {roundUp(header.cupsWidth, 16), roundUp(header.cupsHeight, LINES_PER_BLOCK), 3};
 }
 
-/// A line block taken out of a ring: where it lies or, when it crosses the end of storage, a copy.
-class TakenBlock {
- public:
-  TakenBlock(cbuffer& ring, Bytes& copy) : ring_(ring), copy_(copy), bytes_(cbufferPeekBytes(&ring, size())) {
-    if (bytes_ != nullptr) return;
-    if (!cbufferReadBytes(&ring, copy.data(), size())) throw std::runtime_error("the ring of line blocks is empty");
-    bytes_ = copy.data();
-  }
-  TakenBlock(const TakenBlock&) = delete;
-  TakenBlock& operator=(const TakenBlock&) = delete;
-  ~TakenBlock() {
-    if (bytes_ != copy_.data()) std::ignore = cbufferSkipBytes(&ring_, size());
-  }
-  [[nodiscard]] const std::uint8_t* rows() const { return bytes_ + LINE_BLOCK_HEADER_SIZE; }
-
- private:
-  [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(copy_.size()); }
-  cbuffer& ring_;
-  Bytes& copy_;
-  const std::uint8_t* bytes_;
-};
-
-/// What a page passes through on its way to the encoder.
-struct Way {
-  RasterStream& stream;
-  LineStore lines;
-  LineBlock block;
-  cbuffer ring;
-  Bytes copy;
-};
-
-/// Takes the stream's current page through all steps.
-void printPage(Way& way, const PageGeometry& page, BandEncoder& encoder, StageTimes& times) {
+/// Takes the stream's current page through all steps. The blocks lie in `ring` one behind the other.
+void printPage(RasterStream& stream, const PageGeometry& page, LineStore& lines, Bytes& ring, BandEncoder& encoder,
+               StageTimes& times) {
   Lap lap;
   for (std::uint32_t line = 0; line < page.pixelHeight; line += LINES_PER_BLOCK) {
     for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) {
-      way.stream.readLine(PixelFormat::RGB, way.lines.next());
-      way.lines.push();
+      stream.readLine(PixelFormat::RGB, lines.next());
+      lines.push();
     }
     times.reading += lap();
-    for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) way.lines.pop(way.block.imageRow(slot));
-    if (!cbufferWriteBytes(&way.ring, way.block.bytes().data(), page.blockBytes())) {
-      throw std::runtime_error("the ring of line blocks is full");
-    }
-    const TakenBlock taken(way.ring, way.copy);
+    const std::uint32_t band = line / LINES_PER_BLOCK;
+    const std::size_t place = std::size_t{band % BLOCKS_IN_RING} * page.blockBytes();
+    const LineBlock block({&ring[place], page.blockBytes()}, page, line);
+    for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) lines.pop(block.imageRow(slot));
     times.passing += lap();
-    encoder.convert(taken.rows());
+    encoder.convert(block.imageRow(0).data());
     times.converting += lap();
-    encoder.compress(taken.rows(), line / LINES_PER_BLOCK, line + LINES_PER_BLOCK == page.pixelHeight);
+    encoder.compress(block.imageRow(0).data(), band, line + LINES_PER_BLOCK == page.pixelHeight);
     times.compressing += lap();
   }
 }
@@ -129,19 +97,18 @@ StageTimes printPages(const Programs& programs, const std::string& raster) {
   RasterStream stream(renderer);
   if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
   const PageGeometry page = geometryOf(*stream.header());
-  Way way{stream, {page.bytesPerLine(), PageReader::STORE_BYTES}, LineBlock(page), {}, Bytes(page.blockBytes())};
-  if (!cbufferCreate(&way.ring, BLOCKS_IN_RING * page.blockBytes())) throw std::bad_alloc();
+  LineStore lines(page.bytesPerLine(), PageReader::STORE_BYTES);
+  Bytes ring(std::size_t{BLOCKS_IN_RING} * page.blockBytes());
   BandEncoder encoder(page.pixelWidth, 3);
 
   StageTimes times;
   const double processStart = processSeconds();
   const double threadStart = threadSeconds();
   do {
-    printPage(way, page, encoder, times);
+    printPage(stream, page, lines, ring, encoder, times);
   } while (stream.readHeader());
   encoder.finish();
   times.writing = processSeconds() - processStart - (threadSeconds() - threadStart);
-  cbufferFree(&way.ring);
   return times;
 }
 

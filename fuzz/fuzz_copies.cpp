@@ -18,10 +18,9 @@ constexpr PageGeometry GEOMETRY = {.pixelWidth = 16, .pixelHeight = 24, .bytesPe
 std::vector<Bytes> blocksOf(int page, std::uint32_t count) {
   std::vector<Bytes> blocks;
   for (std::uint32_t i = 0; i < count; ++i) {
-    LineBlock block(GEOMETRY);
-    block.setFirstLine(i * LINES_PER_BLOCK);
+    blocks.emplace_back(GEOMETRY.blockBytes(), 0xFF);
+    const LineBlock block(blocks.back(), GEOMETRY, i * LINES_PER_BLOCK);
     if (page >= 0) block.imageRow(0)[0] = static_cast<std::uint8_t>(page);
-    blocks.emplace_back(block.bytes().begin(), block.bytes().end());
   }
   return blocks;
 }

@@ -71,13 +71,12 @@ void CopyCache::replayLoneFronts() {
 
 void CopyCache::makeBlankBack() {
   rasterBlankLD = new_list(sizeof(PageListItem));
-  LineBlock blank(geometry_);
+  WhiteBlock blank(geometry_);
   PageListItem item = {};
   for (ListResult result = read_first(rasterLD[0], &item); result == LIST_OK; result = read_next(rasterLD[0], &item)) {
     LineBlockHeader header;
     std::memcpy(&header, item.block, LINE_BLOCK_HEADER_SIZE);
-    blank.setFirstLine(header.firstLine);
-    keepIn(rasterBlankLD, blank.bytes());
+    keepIn(rasterBlankLD, blank.at(header.firstLine));
   }
 }
 
@@ -94,10 +93,9 @@ void CopyCache::replay(PageList* list) {
 }
 
 void CopyCache::replayWhitePage() {
-  LineBlock blank(geometry_);
+  WhiteBlock blank(geometry_);
   for (std::uint32_t line = 0; line < geometry_.pixelHeight; line += LINES_PER_BLOCK) {
-    blank.setFirstLine(line);
-    writer_.send(blank.bytes());
+    writer_.send(blank.at(line));
   }
 }
 

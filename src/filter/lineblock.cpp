@@ -6,30 +6,26 @@
 
 namespace kesto {
 
-LineBlock::LineBlock(const PageGeometry& geometry)
-    : header_{.firstLine = 0,
-              .bytesPerPixel = geometry.bytesPerPixel,
-              .bytesPerLine = geometry.bytesPerLine(),
-              .imageSize = LINES_PER_BLOCK * geometry.bytesPerLine(),
-              .tagSize = LINES_PER_BLOCK * geometry.pixelWidth,
-              .pageHeight = geometry.pixelHeight},
-      bytes_(geometry.blockBytes()) {
-  std::memcpy(bytes_.data(), &header_, LINE_BLOCK_HEADER_SIZE);
-  std::ranges::fill(imageRows(), std::uint8_t{0xFF});
-  std::ranges::fill(std::span(bytes_).last(header_.tagSize), PAGE_TAG);
+LineBlock::LineBlock(std::span<std::uint8_t> memory, const PageGeometry& geometry, std::uint32_t firstLine)
+    : memory_(memory), bytesPerLine_(geometry.bytesPerLine()) {
+  const LineBlockHeader header = {.firstLine = firstLine,
+                                  .bytesPerPixel = geometry.bytesPerPixel,
+                                  .bytesPerLine = bytesPerLine_,
+                                  .imageSize = LINES_PER_BLOCK * bytesPerLine_,
+                                  .tagSize = LINES_PER_BLOCK * geometry.pixelWidth,
+                                  .pageHeight = geometry.pixelHeight};
+  std::memcpy(memory_.data(), &header, LINE_BLOCK_HEADER_SIZE);
+  std::ranges::fill(memory_.last(header.tagSize), PAGE_TAG);
 }
 
-void LineBlock::setFirstLine(std::uint32_t line) {
-  header_.firstLine = line;
-  std::memcpy(bytes_.data(), &header_, LINE_BLOCK_HEADER_SIZE);
+std::span<std::uint8_t> LineBlock::imageRow(std::uint32_t slot) const {
+  return memory_.subspan(LINE_BLOCK_HEADER_SIZE + std::size_t{slot} * bytesPerLine_, bytesPerLine_);
 }
 
-std::span<std::uint8_t> LineBlock::imageRows() {
-  return std::span(bytes_).subspan(LINE_BLOCK_HEADER_SIZE, header_.imageSize);
-}
+WhiteBlock::WhiteBlock(const PageGeometry& geometry) : geometry_(geometry), memory_(geometry.blockBytes(), 0xFF) {}
 
-std::span<std::uint8_t> LineBlock::imageRow(std::uint32_t slot) {
-  return imageRows().subspan(std::size_t{slot} * header_.bytesPerLine, header_.bytesPerLine);
+std::span<const std::uint8_t> WhiteBlock::at(std::uint32_t firstLine) {
+  return LineBlock(memory_, geometry_, firstLine).bytes();
 }
 
 }  // namespace kesto

@@ -47,26 +47,36 @@ inline constexpr std::uint8_t PAGE_TAG = 3;
 inline constexpr std::uint8_t WHITE_Y = 0xFF;
 inline constexpr std::uint8_t WHITE_CHROMA = 0x80;
 
-/// A line block under construction.
+/// A line block in memory that belongs to somebody else.
 class LineBlock {
  public:
-  /// A white block for pages of this geometry; every tag is PAGE_TAG and stays so. Throws std::bad_alloc.
-  explicit LineBlock(const PageGeometry& geometry);
-
-  void setFirstLine(std::uint32_t line);
-
-  /// All 8 image rows.
-  [[nodiscard]] std::span<std::uint8_t> imageRows();
+  /// Lays a block for pages of this geometry over `memory`, which holds geometry.blockBytes() bytes, and writes its
+  /// header and its tags, all of them PAGE_TAG. The image rows are left to be filled.
+  LineBlock(std::span<std::uint8_t> memory, const PageGeometry& geometry, std::uint32_t firstLine);
 
   /// Image row `slot`, 0 to 7.
-  [[nodiscard]] std::span<std::uint8_t> imageRow(std::uint32_t slot);
+  [[nodiscard]] std::span<std::uint8_t> imageRow(std::uint32_t slot) const;
 
   /// The whole block as it goes through the ring.
-  [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
+  [[nodiscard]] std::span<const std::uint8_t> bytes() const { return memory_; }
 
  private:
-  LineBlockHeader header_;
-  std::vector<std::uint8_t> bytes_;
+  std::span<std::uint8_t> memory_;
+  std::uint32_t bytesPerLine_;
+};
+
+/// A white line block.
+class WhiteBlock {
+ public:
+  /// Throws std::bad_alloc.
+  explicit WhiteBlock(const PageGeometry& geometry);
+
+  /// The block as that of the 8 lines from `firstLine` on, until the next call.
+  [[nodiscard]] std::span<const std::uint8_t> at(std::uint32_t firstLine);
+
+ private:
+  PageGeometry geometry_;
+  std::vector<std::uint8_t> memory_;
 };
 
 }  // namespace kesto

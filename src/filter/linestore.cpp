@@ -30,17 +30,18 @@ LineStore::LineStore(std::size_t lineBytes, std::size_t capacity)
     : lineBytes_(lineBytes),
       mapBytes_((lineBytes / CHUNK_BYTES + CHAR_BIT - 1) / CHAR_BIT),
       mostBytes_(mapBytes_ + lineBytes),
-      bytes_(std::max(capacity, (LINES_PER_BLOCK + 1) * mostBytes_)) {}
+      capacity_(std::max(capacity, (LINES_PER_BLOCK + 1) * mostBytes_)),
+      bytes_(new std::uint8_t[capacity_]) {}
 
 bool LineStore::hasRoom() const {
   if (size_ == 0) return true;
   if (write_ <= read_) return read_ - write_ >= mostBytes_;
-  return bytes_.size() - write_ >= mostBytes_ || read_ >= mostBytes_;
+  return capacity_ - write_ >= mostBytes_ || read_ >= mostBytes_;
 }
 
 std::span<std::uint8_t> LineStore::next() {
-  if (bytes_.size() - write_ < mostBytes_) wrap_ = std::exchange(write_, 0);
-  return std::span(bytes_).subspan(write_ + mapBytes_, lineBytes_);
+  if (capacity_ - write_ < mostBytes_) wrap_ = std::exchange(write_, 0);
+  return {&bytes_[write_ + mapBytes_], lineBytes_};
 }
 
 void LineStore::push() {
@@ -56,7 +57,7 @@ void LineStore::push() {
   }
   const std::size_t rest = lineBytes_ % CHUNK_BYTES;
   std::memmove(out, in, rest);
-  write_ = static_cast<std::size_t>(out + rest - bytes_.data());
+  write_ = static_cast<std::size_t>(out + rest - bytes_.get());
   ++size_;
 }
 
@@ -75,7 +76,7 @@ void LineStore::pop(std::span<std::uint8_t> line) {
   }
   const std::size_t rest = lineBytes_ % CHUNK_BYTES;
   std::memcpy(out, in, rest);
-  read_ = static_cast<std::size_t>(in + rest - bytes_.data());
+  read_ = static_cast<std::size_t>(in + rest - bytes_.get());
   if (--size_ == 0) read_ = write_ = wrap_ = 0;
 }
 

@@ -12,8 +12,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
 
 namespace kesto {
 
@@ -42,10 +42,11 @@ class LineStore {
   std::size_t lineBytes_;
   std::size_t mapBytes_;   ///< of a record's bits
   std::size_t mostBytes_;  ///< that a record may take
-  std::vector<std::uint8_t> bytes_;
-  std::size_t write_ = 0;  ///< where the next record goes
-  std::size_t read_ = 0;   ///< where the oldest one begins
-  std::size_t wrap_ = 0;   ///< where the records end that are older than those at the start of the memory; 0: none are
+  std::size_t capacity_;
+  std::unique_ptr<std::uint8_t[]> bytes_;  ///< not initialised: the system gives memory only for what is used
+  std::size_t write_ = 0;                  ///< where the next record goes
+  std::size_t read_ = 0;                   ///< where the oldest one begins
+  std::size_t wrap_ = 0;  ///< where the records end that are older than those at the start of the memory; 0: none are
   std::size_t size_ = 0;
 };
 

@@ -17,7 +17,6 @@
 namespace kesto {
 namespace {
 
-constexpr std::uint32_t BLOCKS_IN_RING = 10;
 constexpr std::uint32_t WIDTH_MULTIPLE = 16;
 
 /// The widest line that an image strip's 16-bit width can tell.
@@ -53,16 +52,6 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
   return geometry;
 }
 
-/// Queues a whole line block as soon as it fits; the job thread is the ring's only writer, so the room cannot shrink.
-void sendBlock(std::span<const std::uint8_t> block) {
-  const auto size = static_cast<std::uint32_t>(block.size());
-  waitInJob([&] { return cbufferWriteBytes(&imageLineBlockBuffer, block.data(), size); });
-}
-
-bool ringHasRoom(std::uint32_t bytes) {
-  return static_cast<std::uint32_t>(cbufferGetAvailableSpace(&imageLineBlockBuffer)) >= bytes;
-}
-
 /// Waits until the image thread has sent every block of the page, and ends the page.
 void finishPage() {
   waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
@@ -85,18 +74,19 @@ PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copi
   if (!pageFollows_) return;
   const PixelFormat format = jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY;
   const PageGeometry geometry = decideGeometry(*raster_.header(), *jobsetting, format);
-  const std::uint32_t blockBytes = geometry.blockBytes();
-  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockBytes)) failJobWithText({}, ENOMEM);
+  blocks_.emplace(geometry.blockBytes());
+  const auto send = [this](CopyCache::Block block) { blocks_->send(block); };
+  copies_.emplace(
+      copies, jobsetting->duplex == ON, geometry,
+      CopyCache::PageWriter{.start = [this] { startPage(); }, .send = send, .end = finishPage, .wanted = isCopyWanted});
   reader_.emplace(raster_, format, geometry,
-                  PageReader::BlockSink{.hasRoom = [blockBytes] { return ringHasRoom(blockBytes); },
+                  PageReader::BlockSink{.hasRoom = [this] { return blocks_->hasRoom(); },
+                                        .place = [this] { return blocks_->place(); },
                                         .send =
-                                            [this](auto block) {
-                                              sendBlock(block);
+                                            [this](CopyCache::Block block) {
                                               copies_->keep(block);
+                                              blocks_->send(block);
                                             }});
-  copies_.emplace(copies, jobsetting->duplex == ON, geometry,
-                  CopyCache::PageWriter{
-                      .start = [this] { startPage(); }, .send = sendBlock, .end = finishPage, .wanted = isCopyWanted});
 }
 
 PageLoop::~PageLoop() {
@@ -105,7 +95,7 @@ PageLoop::~PageLoop() {
 }
 
 void PageLoop::free() {
-  cbufferFree(&imageLineBlockBuffer);
+  blocks_.reset();
   reader_.reset();
   copies_.reset();
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "filter/blockring.h"
 #include "filter/copycache.h"
 #include "filter/imagethread.h"
 #include "filter/pagereader.h"
@@ -46,6 +47,7 @@ class PageLoop {
   RasterStream& raster_;
   bool pageFollows_;
   bool jobSheet_;
+  std::optional<BlockRing> blocks_;
   std::optional<PageReader> reader_;
   ImageThread imageThread_;
   std::optional<CopyCache> copies_;

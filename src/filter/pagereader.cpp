@@ -1,5 +1,6 @@
 #include "filter/pagereader.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "filter/joberror.h"
@@ -13,8 +14,7 @@ PageReader::PageReader(RasterStream& raster, PixelFormat format, const PageGeome
       format_(format),
       geometry_(geometry),
       sink_(std::move(sink)),
-      lines_(geometry.bytesPerLine(), STORE_BYTES),
-      block_(geometry) {}
+      lines_(geometry.bytesPerLine(), STORE_BYTES) {}
 
 void PageReader::readPage() {
   std::uint32_t read = 0;
@@ -22,11 +22,14 @@ void PageReader::readPage() {
   while (sent < geometry_.pixelHeight) {
     const bool maySend = lines_.size() >= LINES_PER_BLOCK;
     const bool mayRead = read < geometry_.pixelHeight && lines_.hasRoom();
-    if (maySend && sink_.hasRoom()) {
+    // Without a line in the store the next ones go into a block at once.
+    if ((maySend || read == sent) && sink_.hasRoom()) {
       sendBlock(sent);
       sent += LINES_PER_BLOCK;
+      read = std::max(read, sent);
     } else if (mayRead && (!maySend || raster_.inputWaits())) {
-      readLine();
+      readLine(lines_.next());
+      lines_.push();
       ++read;
     } else if (mayRead) {
       waitForInputOrRoom();
@@ -37,20 +40,24 @@ void PageReader::readPage() {
   raster_.dropRestOfPage();
 }
 
-void PageReader::readLine() {
-  const auto line = lines_.next();
+void PageReader::readLine(std::span<std::uint8_t> line) {
   raster_.readLine(format_, line);
-  if (jobsetting->mirror == MIRROR_BY_FILTER) {
-    const auto lastPixel = static_cast<std::int32_t>(line.size() - geometry_.bytesPerPixel);
-    implement_mirorr_on(line.data(), 0, lastPixel, geometry_.bytesPerPixel);
-  }
-  lines_.push();
+  if (jobsetting->mirror != MIRROR_BY_FILTER) return;
+  const auto lastPixel = static_cast<std::int32_t>(line.size() - geometry_.bytesPerPixel);
+  implement_mirorr_on(line.data(), 0, lastPixel, geometry_.bytesPerPixel);
 }
 
 void PageReader::sendBlock(std::uint32_t firstLine) {
-  for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) lines_.pop(block_.imageRow(slot));
-  block_.setFirstLine(firstLine);
-  sink_.send(block_.bytes());
+  const LineBlock block(sink_.place(), geometry_, firstLine);
+  const bool stored = lines_.size() > 0;
+  for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) {
+    if (stored) {
+      lines_.pop(block.imageRow(slot));
+    } else {
+      readLine(block.imageRow(slot));
+    }
+  }
+  sink_.send(block.bytes());
 }
 
 void PageReader::waitForInputOrRoom() {

@@ -20,9 +20,11 @@ class PageReader {
   /// Memory for lines that have been read ahead. A page of text at 600 dpi takes about as much.
   static constexpr std::size_t STORE_BYTES = std::size_t{16} * 1024 * 1024;
 
-  /// Where the blocks go. `send` is called when `hasRoom` has told that a block is welcome, which it stays until then.
+  /// Where the blocks go: each is built in the memory of `place`, and both that and `send` are called when `hasRoom`
+  /// has told that a block is welcome.
   struct BlockSink {
     std::function<bool()> hasRoom;
+    std::function<std::span<std::uint8_t>()> place;
     std::function<void(std::span<const std::uint8_t>)> send;
   };
 
@@ -34,7 +36,7 @@ class PageReader {
   void readPage();
 
  private:
-  void readLine();
+  void readLine(std::span<std::uint8_t> line);
   void sendBlock(std::uint32_t firstLine);
   void waitForInputOrRoom();
 
@@ -43,7 +45,6 @@ class PageReader {
   PageGeometry geometry_;
   BlockSink sink_;
   LineStore lines_;
-  LineBlock block_;
 };
 
 }  // namespace kesto

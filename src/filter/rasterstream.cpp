@@ -23,8 +23,9 @@ using std::chrono::milliseconds;
 constexpr unsigned MAX_WIDTH = 65520;
 constexpr unsigned MAX_HEIGHT = 32768;
 
-/// How much of the input is read at a time. Many lines for one system call, and no more than a processor's cache holds.
-constexpr std::size_t INPUT_BYTES = std::size_t{256} * 1024;
+/// How much of the input is read at a time. Many lines for one system call, and little enough to stay in a processor's
+/// cache until the lines are taken.
+constexpr std::size_t INPUT_BYTES = std::size_t{128} * 1024;
 
 /// A renderer that has ended can leave a process of its own that keeps the pipe open without writing.
 constexpr milliseconds ORPHAN_SILENCE{300};

@@ -101,6 +101,22 @@ bool cbufferWriteBytes(cbuffer* buffer, const std::uint8_t* bytes, std::uint32_t
   return true;
 }
 
+std::uint8_t* cbufferReserveBytes(cbuffer* buffer, std::uint32_t count) {
+  const View view = look(*buffer);
+  const auto index = buffer->writeIndex.load(std::memory_order_relaxed);
+  if (count > view.space || count > view.storage.size() - index) return nullptr;
+  return &view.storage[index];
+}
+
+bool cbufferCommitBytes(cbuffer* buffer, std::uint32_t count) {
+  const View view = look(*buffer);
+  if (count > view.space) return false;
+  if (count == 0) return true;
+  const auto index = buffer->writeIndex.load(std::memory_order_relaxed);
+  buffer->writeIndex.store(splitAtEnd(view.storage.size(), index, count).second, std::memory_order_release);
+  return true;
+}
+
 const std::uint8_t* cbufferPeekBytes(const cbuffer* buffer, std::uint32_t count) {
   const View view = look(*buffer);
   const auto index = buffer->readIndex.load(std::memory_order_relaxed);

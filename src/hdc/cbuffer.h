@@ -63,6 +63,16 @@ void cbufferFree(cbuffer* buffer);
 /// Returns false, with the ring unchanged, when `count` exceeds the bytes stored. Consumer thread only.
 [[nodiscard]] bool cbufferSkipBytes(cbuffer* buffer, std::uint32_t count);
 
+/// Where the next `count` bytes go, or null when they exceed the free space or would cross the end of storage.
+///
+/// What is written there is no part of the ring before it is committed. Producer thread only.
+[[nodiscard]] std::uint8_t* cbufferReserveBytes(cbuffer* buffer, std::uint32_t count);
+
+/// Appends the `count` bytes that have been written where cbufferReserveBytes told, or none of them.
+///
+/// Returns false, with the ring unchanged, when `count` exceeds the free space. Producer thread only.
+[[nodiscard]] bool cbufferCommitBytes(cbuffer* buffer, std::uint32_t count);
+
 /// Takes `count` bytes out in the order in which they were stored, or none of them.
 ///
 /// Returns false, with ring and destination unchanged, when `count` exceeds the bytes stored. Consumer thread only.

@@ -156,8 +156,8 @@ TEST_F(PagePipeline, SendsALoneBandAtOnceWhenItIsThePagesLast) {
 
 TEST_F(PagePipeline, ImageThreadTurnsBlocksIntoStripsOfPages) {
   const PageGeometry geometry{.pixelWidth = 16, .pixelHeight = 16, .bytesPerPixel = 3};
-  LineBlock block(geometry);
-  const auto size = static_cast<std::uint32_t>(block.bytes().size());
+  WhiteBlock block(geometry);
+  const std::uint32_t size = geometry.blockBytes();
   ASSERT_EQ(size, 24u + 8 * 16 * 3 + 8 * 16);
   ASSERT_TRUE(cbufferCreate(&imageLineBlockBuffer, 10 * size));
   {
@@ -165,8 +165,7 @@ TEST_F(PagePipeline, ImageThreadTurnsBlocksIntoStripsOfPages) {
     thread.ensureRunning();
     for (int page = 0; page < 2; ++page) {
       for (std::uint32_t line = 0; line < 16; line += 8) {
-        block.setFirstLine(line);
-        ASSERT_TRUE(cbufferWriteBytes(&imageLineBlockBuffer, block.bytes().data(), size));
+        ASSERT_TRUE(cbufferWriteBytes(&imageLineBlockBuffer, block.at(line).data(), size));
       }
     }
     pollUntil([] { return cbufferIsEmpty(&imageLineBlockBuffer) && gBlockProcessingCompleted == 1; });

@@ -43,7 +43,13 @@ class PageReading : public testing::Test {
     renderer_.emplace(KESTO_STANDIN_SERVERBIN, arguments.data(), recipe_);
     raster_.emplace(*renderer_);
     EXPECT_TRUE(raster_->readHeader());
-    return {*raster_, PixelFormat::RGB, GEOMETRY, {std::move(hasRoom), [this](auto block) { compare(block); }}};
+    place_.resize(GEOMETRY.blockBytes());
+    return {*raster_,
+            PixelFormat::RGB,
+            GEOMETRY,
+            {.hasRoom = std::move(hasRoom),
+             .place = [this] { return std::span(place_); },
+             .send = [this](auto block) { compare(block); }}};
   }
 
   void expectTheWholePage() {
@@ -66,6 +72,7 @@ class PageReading : public testing::Test {
   std::string recipe_ = testing::TempDir() + "pagereader." + std::to_string(getpid());
   std::optional<RasterStream> raster_;
   Bytes expected_;
+  Bytes place_;
   std::size_t wrongBlocks_ = 0;
 };
 

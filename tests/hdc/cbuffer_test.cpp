@@ -103,6 +103,26 @@ TEST_F(Cbuffer, ShowsBytesWhereTheyLieAndTakesThemOutUncopied) {
   EXPECT_FALSE(cbufferSkipBytes(&ring_, 1));
 }
 
+TEST_F(Cbuffer, TakesBytesThatAreWrittenWhereTheyWillLie) {
+  create(5);
+  for (std::uint32_t position = 0; position <= 5; ++position) {
+    moveTo(position);
+    const std::uint32_t untilEnd = std::min(6 - position, 5U);
+    std::uint8_t* const place = cbufferReserveBytes(&ring_, untilEnd);
+    ASSERT_NE(place, nullptr);
+    EXPECT_EQ(cbufferReserveBytes(&ring_, untilEnd + 1), nullptr) << "across the end, or more than is free";
+    std::fill_n(place, untilEnd, std::uint8_t{'x'});
+    EXPECT_TRUE(cbufferIsEmpty(&ring_));
+    EXPECT_FALSE(cbufferCommitBytes(&ring_, 6));
+    EXPECT_TRUE(cbufferCommitBytes(&ring_, 0));
+    EXPECT_TRUE(cbufferCommitBytes(&ring_, untilEnd));
+    EXPECT_EQ(take(untilEnd), std::string(untilEnd, 'x')) << "at position " << position;
+  }
+  cbufferFree(&ring_);
+  EXPECT_EQ(cbufferReserveBytes(&ring_, 1), nullptr);
+  EXPECT_FALSE(cbufferCommitBytes(&ring_, 1));
+}
+
 TEST_F(Cbuffer, HasNeitherBytesNorSpaceAfterFree) {
   create(4);
   ASSERT_TRUE(store("abc"));
