@@ -26,7 +26,7 @@ class PageReading : public testing::Test {
   static constexpr PageGeometry GEOMETRY{.pixelWidth = 2000, .pixelHeight = 4000, .bytesPerPixel = 3};
 
   PageReading() { jobsetting = &setting_; }
-  ~PageReading() override {
+  void TearDown() override {
     raster_.reset();
     renderer_.reset();
     unlink(recipe_.c_str());
