@@ -42,6 +42,24 @@ std::pair<std::size_t, std::uint32_t> splitAtEnd(std::size_t slots, std::uint32_
   return {untilEnd, static_cast<std::uint32_t>(count - untilEnd)};
 }
 
+/// The `count` bytes from the caller's own index on, or null when they are more than `most` or cross the end of
+/// storage.
+std::uint8_t* stretchAt(const View& view, const std::atomic<std::uint32_t>& ownIndex, std::uint64_t most,
+                        std::uint32_t count) {
+  const auto index = ownIndex.load(std::memory_order_relaxed);
+  if (count > most || count > view.storage.size() - index) return nullptr;
+  return view.storage.data() + index;
+}
+
+/// Moves the caller's own index on by `count`; returns false when that is more than `most`.
+bool advance(const View& view, std::atomic<std::uint32_t>& ownIndex, std::uint64_t most, std::uint32_t count) {
+  if (count > most) return false;
+  if (count == 0) return true;
+  const auto index = ownIndex.load(std::memory_order_relaxed);
+  ownIndex.store(splitAtEnd(view.storage.size(), index, count).second, std::memory_order_release);
+  return true;
+}
+
 }  // namespace
 
 bool cbufferCreate(cbuffer* buffer, std::uint32_t capacity) {
@@ -103,34 +121,22 @@ bool cbufferWriteBytes(cbuffer* buffer, const std::uint8_t* bytes, std::uint32_t
 
 std::uint8_t* cbufferReserveBytes(cbuffer* buffer, std::uint32_t count) {
   const View view = look(*buffer);
-  const auto index = buffer->writeIndex.load(std::memory_order_relaxed);
-  if (count > view.space || count > view.storage.size() - index) return nullptr;
-  return &view.storage[index];
+  return stretchAt(view, buffer->writeIndex, view.space, count);
 }
 
 bool cbufferCommitBytes(cbuffer* buffer, std::uint32_t count) {
   const View view = look(*buffer);
-  if (count > view.space) return false;
-  if (count == 0) return true;
-  const auto index = buffer->writeIndex.load(std::memory_order_relaxed);
-  buffer->writeIndex.store(splitAtEnd(view.storage.size(), index, count).second, std::memory_order_release);
-  return true;
+  return advance(view, buffer->writeIndex, view.space, count);
 }
 
 const std::uint8_t* cbufferPeekBytes(const cbuffer* buffer, std::uint32_t count) {
   const View view = look(*buffer);
-  const auto index = buffer->readIndex.load(std::memory_order_relaxed);
-  if (count > view.stored || count > view.storage.size() - index) return nullptr;
-  return &view.storage[index];
+  return stretchAt(view, buffer->readIndex, view.stored, count);
 }
 
 bool cbufferSkipBytes(cbuffer* buffer, std::uint32_t count) {
   const View view = look(*buffer);
-  if (count > view.stored) return false;
-  if (count == 0) return true;
-  const auto index = buffer->readIndex.load(std::memory_order_relaxed);
-  buffer->readIndex.store(splitAtEnd(view.storage.size(), index, count).second, std::memory_order_release);
-  return true;
+  return advance(view, buffer->readIndex, view.stored, count);
 }
 
 bool cbufferReadBytes(cbuffer* buffer, std::uint8_t* bytes, std::uint32_t count) {
