@@ -1,16 +1,16 @@
 // Where the time of a page goes: the steps of the job thread and of the image thread, called band by band as the two
 // call them, on pages that pdftoraster has rendered. What the whole filter takes beyond the sum is told as well.
-#include <algorithm>
-#include <array>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <unistd.h>
 
 #include "bandencoder.h"
 #include "documents.h"
+#include "filter/blockring.h"
 #include "filter/lineblock.h"
 #include "filter/linestore.h"
 #include "filter/pagepipeline.h"
@@ -19,12 +19,12 @@
 #include "filter/renderer.h"
 #include "filter/tagplane.h"
 #include "measurements.h"
+#include "support/argumentlist.h"
 
 namespace kesto::bench {
 namespace {
 
 constexpr unsigned PAGES = 10;
-constexpr std::uint32_t BLOCKS_IN_RING = 10;
 
 /// Processor seconds of each step, of all pages together.
 struct StageTimes {
@@ -77,7 +77,7 @@ void printPage(RasterStream& stream, const PageGeometry& page, LineStore& lines,
     }
     times.reading += lap();
     const std::uint32_t band = line / LINES_PER_BLOCK;
-    const std::size_t place = std::size_t{band % BLOCKS_IN_RING} * page.blockBytes();
+    const std::size_t place = std::size_t{band % BlockRing::BLOCKS} * page.blockBytes();
     const LineBlock block({&ring[place], page.blockBytes()}, page, line);
     for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) lines.pop(block.imageRow(slot));
     times.passing += lap();
@@ -89,16 +89,14 @@ void printPage(RasterStream& stream, const PageGeometry& page, LineStore& lines,
 }
 
 StageTimes printPages(const Programs& programs, const std::string& raster) {
-  std::array<std::string, 6> texts{"Bench", "1", "bench", "Benchmark", "1", ""};
-  std::array<char*, texts.size()> arguments{};
-  std::ranges::transform(texts, arguments.begin(), [](std::string& text) { return text.data(); });
+  std::vector<std::string> arguments{"Bench", "1", "bench", "Benchmark", "1", ""};
   const StandardInput restoredAtEnd;
-  const Renderer renderer(REPLAY_SERVERBIN, arguments.data(), programs.replayDocument(raster, PAGES));
+  const Renderer renderer(REPLAY_SERVERBIN, test::pointers(arguments).data(), programs.replayDocument(raster, PAGES));
   RasterStream stream(renderer);
   if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
   const PageGeometry page = geometryOf(*stream.header());
   LineStore lines(page.bytesPerLine(), PageReader::STORE_BYTES);
-  Bytes ring(std::size_t{BLOCKS_IN_RING} * page.blockBytes());
+  Bytes ring(std::size_t{BlockRing::BLOCKS} * page.blockBytes());
   BandEncoder encoder(page.pixelWidth, 3);
 
   StageTimes times;

@@ -6,14 +6,9 @@
 #include "filter/jobstate.h"
 
 namespace kesto {
-namespace {
-
-constexpr std::uint32_t BLOCKS_IN_RING = 10;
-
-}  // namespace
 
 BlockRing::BlockRing(std::uint32_t blockBytes) : blockBytes_(blockBytes), beside_(blockBytes) {
-  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS_IN_RING * blockBytes)) failJobWithText({}, ENOMEM);
+  if (!cbufferCreate(&imageLineBlockBuffer, BLOCKS * blockBytes)) failJobWithText({}, ENOMEM);
 }
 
 BlockRing::~BlockRing() {

@@ -12,7 +12,9 @@ namespace kesto {
 
 class BlockRing {
  public:
-  /// For blocks of `blockBytes` bytes, of which the ring holds ten. Ends the job when there is no memory.
+  static constexpr std::uint32_t BLOCKS = 10;  ///< that the ring holds
+
+  /// For blocks of `blockBytes` bytes. Ends the job when there is no memory.
   explicit BlockRing(std::uint32_t blockBytes);
   BlockRing(const BlockRing&) = delete;
   BlockRing& operator=(const BlockRing&) = delete;

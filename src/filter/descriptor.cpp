@@ -11,7 +11,7 @@ namespace kesto {
 namespace {
 
 /// How long the system may wait for input before giveUp is asked. Input that comes ends the wait at once.
-constexpr int LOOK_INTERVAL_MS = 20;
+constexpr std::chrono::milliseconds LOOK_INTERVAL{20};
 
 }  // namespace
 
@@ -23,13 +23,17 @@ int Pipe::open() {
   return 0;
 }
 
+int waitForInput(int descriptor, std::chrono::milliseconds time) {
+  pollfd input = {.fd = descriptor, .events = POLLIN, .revents = 0};
+  return ::poll(&input, 1, static_cast<int>(time.count()));
+}
+
 ssize_t readWhenReady(int descriptor, std::uint8_t* bytes, std::size_t count,
                       const std::function<bool(std::chrono::milliseconds)>& giveUp) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point start = Clock::now();
   for (;;) {
-    pollfd input = {.fd = descriptor, .events = POLLIN, .revents = 0};
-    const int ready = ::poll(&input, 1, LOOK_INTERVAL_MS);
+    const int ready = waitForInput(descriptor, LOOK_INTERVAL);
     if (ready < 0 && errno != EINTR) return -1;
     if (ready > 0) {
       const ssize_t got = ::read(descriptor, bytes, count);

@@ -45,6 +45,10 @@ struct Pipe {
   [[nodiscard]] int open();
 };
 
+/// Sleeps until input waits on `descriptor`, or for `time`. Returns as poll does: above 0 when it waits, 0 when the
+/// time is over, -1 with errno set on an error or a signal.
+int waitForInput(int descriptor, std::chrono::milliseconds time);
+
 /// Reads up to `count` bytes from `descriptor` as soon as some are there.
 ///
 /// Returns the bytes read, 0 at the end of the input, and -1 with errno set on an error. While nothing comes, `giveUp`

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <utility>
 
-#include <poll.h>
 #include <unistd.h>
 
 #include "filter/cancel.h"
@@ -156,8 +155,7 @@ void RasterStream::noteInput(ssize_t got) {
 }
 
 void RasterStream::sleepUntilInput(milliseconds time) {
-  pollfd input = {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
-  ::poll(&input, 1, static_cast<int>(time.count()));
+  waitForInput(STDIN_FILENO, time);
 }
 
 void RasterStream::dropRestOfPage() {

@@ -15,7 +15,7 @@ namespace {
 /// A job larger than the channel's ring, the print thread's block and the pipe together, and one that is drained only
 /// at its end.
 constexpr char LARGE_JOB[] =
-    "page width=4800 height=1100 pattern=noise\npage width=4800 height=1100 pattern=noise seed=5\n";
+    "page width=4800 height=1700 pattern=noise\npage width=4800 height=1700 pattern=noise seed=5\n";
 constexpr char SMALL_JOB[] = "page width=480 height=480 pattern=noise\npage width=480 height=480 pattern=text\n";
 
 /// How long a reader stops: KESTO_STALL seconds, or 3.

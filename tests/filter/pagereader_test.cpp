@@ -1,9 +1,8 @@
 #include "filter/pagereader.h"
 
-#include <array>
 #include <cstring>
 #include <fstream>
-#include <memory>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +12,7 @@
 
 #include "filter/renderer.h"
 #include "jobsettings/jobsettings.h"
+#include "support/argumentlist.h"
 #include "support/raster.h"
 
 namespace kesto {
@@ -37,10 +37,8 @@ class PageReading : public testing::Test {
   PageReader start(const std::string& page, std::function<bool()> hasRoom) {
     expected_ = test::pixelsOf(page);
     std::ofstream(recipe_) << page << '\n';
-    std::array<std::string, 6> texts{"Test", "1", "test", "Test", "1", ""};
-    std::array<char*, texts.size()> arguments{};
-    for (std::size_t i = 0; i < texts.size(); ++i) arguments[i] = texts[i].data();
-    renderer_.emplace(KESTO_STANDIN_SERVERBIN, arguments.data(), recipe_);
+    std::vector<std::string> arguments{"Test", "1", "test", "Test", "1", ""};
+    renderer_.emplace(KESTO_STANDIN_SERVERBIN, test::pointers(arguments).data(), recipe_);
     raster_.emplace(*renderer_);
     EXPECT_TRUE(raster_->readHeader());
     place_.resize(GEOMETRY.blockBytes());
