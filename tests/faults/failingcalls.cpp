@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -157,6 +158,20 @@ void findNext(Function& function, const char* name) {
 }
 
 }  // namespace
+
+/// What C++ allocates is a family of its own: when every malloc fails, the C library's own calls fail first and keep
+/// whoever called them from coming to an allocation that throws.
+void* operator new(std::size_t size) {
+  void* const block = fails("new") ? nullptr : malloc(size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void operator delete(void* block) noexcept {
+  free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  free(block);
+}
 
 extern "C" {
 

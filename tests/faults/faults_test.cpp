@@ -88,6 +88,8 @@ const std::vector<Fault>& faults() {
   static const std::vector<Fault> FAULTS = {
       {"NoMemoryOnce", "malloc", ENOMEM, NO_MEMORY},
       {"NoMemoryAnyMore", "malloc", ENOMEM, NO_MEMORY, true},
+      {"NoObjectOnce", "new", ENOMEM, NO_MEMORY},
+      {"NoObjectAnyMore", "new", ENOMEM, NO_MEMORY, true},
       {"OpenTooMany", "open", EMFILE, NO_FILE},
       {"OpenDamaged", "open", EIO, NO_FILE},
       {"ReadDamaged", "read", EIO, NO_READ},
