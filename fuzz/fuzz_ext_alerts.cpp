@@ -1,8 +1,10 @@
-// A response of any size and content through the alert parser.
+// A response of any content through the alert parser.
 #include <algorithm>
 #include <cstdint>
 #include <span>
+#include <vector>
 
+#include "npa/NPAValidator.h"
 #include "npa/NpaParser.h"
 #include "npa/alerttext.h"
 #include "require.h"
@@ -29,10 +31,12 @@ void requireSound(const kesto::PSSDALERTINFO& alert, std::size_t responseSize) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   kesto::PSSDALERTINFO* records = nullptr;
   std::int32_t count = -1;
-  const auto result = kesto::GetExtAlertInformation(data, static_cast<std::uint32_t>(size), records, count);
+  std::vector<std::uint8_t> response(data, data + size);
+  response.resize(kesto::VALID_BUFFER_SIZE);
+  const auto result = kesto::GetExtAlertInformation(response.data(), 0, records, count);
   require(result == 0 ? records != nullptr && count > 0 : records == nullptr && count == 0);
-  require(static_cast<std::size_t>(count) <= size);
-  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) requireSound(alert, size);
+  require(static_cast<std::size_t>(count) <= response.size());
+  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) requireSound(alert, response.size());
   kesto::releaseAlerts(records, count);
   return 0;
 }

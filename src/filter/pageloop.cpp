@@ -35,12 +35,8 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
       custom ? static_cast<std::uint32_t>(setting.customPixelWidth) : roundUp(header.cupsWidth, WIDTH_MULTIPLE);
   geometry.pixelHeight = roundUp(header.cupsHeight, LINES_PER_BLOCK);
   geometry.bytesPerPixel = bytesPerPixel(format);
-  if (custom) {
-    report("customPixWid=%d ", setting.customPixelWidth);
-  } else {
-    report("pixWid=%u ", geometry.pixelWidth);
-  }
-  report("pixHt=%u\n", geometry.pixelHeight);
+  report("%s=%d pixHt=%u\n", custom ? "customPixWid" : "pixWid", static_cast<std::int32_t>(geometry.pixelWidth),
+         geometry.pixelHeight);
   if (geometry.pixelWidth == 0 || geometry.pixelWidth > MAX_PIXEL_WIDTH || geometry.pixelWidth % WIDTH_MULTIPLE != 0) {
     failJobWithText("ERROR: The paper size leaves a line of " + std::to_string(setting.customPixelWidth) +
                         " pixels, which cannot be printed",

@@ -12,10 +12,12 @@ namespace kesto {
 
 namespace {
 
-void tellAlerts(std::span<const PSSDALERTINFO> alerts, int repeats) {
+void reportTexts(std::span<const PSSDALERTINFO> alerts, const AlertReportStyle& style) {
   try {
-    for (int i = 0; i < repeats; ++i) {
-      for (const PSSDALERTINFO& alert : alerts) report("WARNING: %s\n", alertText(alert).c_str());
+    for (int i = 0; i < style.repeats; ++i) {
+      for (const PSSDALERTINFO& alert : alerts) {
+        report("%sWARNING: %s\n", style.traced ? "\n" : "", alertText(alert).c_str());
+      }
     }
   } catch (const std::bad_alloc&) {
     // The printer is asked again; an exception that left the status thread would end the job.
@@ -33,8 +35,8 @@ void reportAlerts(std::uint32_t length, const AlertReportStyle& style) {
                        records[0].alertType == ALERT_ERROR;
   IsDeviceInError.store(isError ? 1 : 0, std::memory_order_release);
   if (isError) {
-    if (style.traced) report("Inside GetExtAlerts in hdc\n");
-    tellAlerts({records, static_cast<std::size_t>(style.allAlerts ? count : 1)}, style.repeats);
+    if (style.traced) report("\nInside GetExtAlerts in hdc\n");
+    reportTexts({records, static_cast<std::size_t>(style.allAlerts ? count : 1)}, style);
   }
   releaseAlerts(records, count);
   validBuffer.fill(0);

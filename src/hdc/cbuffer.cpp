@@ -63,16 +63,12 @@ bool advance(const View& view, std::atomic<std::uint32_t>& ownIndex, std::uint64
 }  // namespace
 
 bool cbufferCreate(cbuffer* buffer, std::uint32_t capacity) {
-  std::unique_ptr<std::uint8_t[]> storage(new (std::nothrow) std::uint8_t[std::size_t{capacity} + 1]);
+  cbufferFree(buffer);
+  auto* const storage = new (std::nothrow) std::uint8_t[std::size_t{capacity} + 1];
   buffer->size.store(capacity, std::memory_order_relaxed);
-  buffer->writeIndex.store(0, std::memory_order_relaxed);
-  buffer->readIndex.store(0, std::memory_order_relaxed);
-  if (!storage) {
-    reportErrno("ERROR: Unable to allocate memory", ENOMEM);
-    return false;
-  }
-  buffer->data.store(storage.release(), std::memory_order_release);
-  return true;
+  buffer->data.store(storage, std::memory_order_release);
+  if (storage == nullptr) reportErrno("ERROR: Unable to allocate memory", ENOMEM);
+  return storage != nullptr;
 }
 
 void cbufferFree(cbuffer* buffer) {

@@ -21,10 +21,10 @@ struct cbuffer {
   std::atomic<std::uint8_t*> data{nullptr};  ///< N + 1 bytes, owned; null before create, after free or without memory
 };
 
-/// Prepares an empty ring for `capacity` bytes, not initialised. The record must hold no storage yet.
+/// Prepares an empty ring for `capacity` bytes, not initialised. Storage that the record already holds is released.
 ///
 /// Returns false, after an "ERROR:" line on standard error, when there is no memory; the ring then has the size asked
-/// for but neither space nor bytes. Before any other thread knows the ring.
+/// for and no storage, so neither space nor bytes. Before any other thread knows the ring.
 [[nodiscard]] bool cbufferCreate(cbuffer* buffer, std::uint32_t capacity);
 
 /// Releases the storage and makes the ring one of size 0, without bytes and without space.

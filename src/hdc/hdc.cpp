@@ -25,8 +25,13 @@ void fail(int error) {
   hdcContext.failure.compare_exchange_strong(none, error, std::memory_order_acq_rel);
 }
 
+bool isRunning() {
+  return hdcContext.running.load(std::memory_order_acquire) != 0;
+}
+
+/// True when the print thread is to take no further block.
 bool isStopped() {
-  return hdcContext.running.load(std::memory_order_acquire) == 0;
+  return !isRunning() || hdcContext.stopping.load(std::memory_order_acquire) != 0;
 }
 
 bool isCancelled() {
@@ -44,13 +49,13 @@ void catchWakeSignal() {
   sigaction(WAKE_SIGNAL, &action, nullptr);
 }
 
-/// Waits for something that the print thread brings about. The wait of a cancelled job keeps waking the print thread,
-/// which could not tell a reader that takes its time from one that takes nothing while its write blocks.
+/// Waits for something that the print thread brings about. Once the job is given up, the wait keeps waking the print
+/// thread: while its write blocks, it can neither see that nor tell a slow reader from one that takes nothing.
 template <class Ready>
 void waitForPrintThread(Ready ready) {
   pollUntil([&ready] {
     if (ready()) return true;
-    if (isCancelled()) pthread_kill(hdcContext.printThread, WAKE_SIGNAL);
+    if (hdcIsGivenUp()) pthread_kill(hdcContext.printThread, WAKE_SIGNAL);
     return false;
   });
 }
@@ -75,8 +80,8 @@ std::size_t sureRoom() {
   return std::min(hdcContext.buffer.size.load(std::memory_order_relaxed) - drainThreshold(), MOST);
 }
 
-/// One write call. Returns false when the descriptor takes nothing at the moment or a cancelled job has been woken,
-/// true when some of `rest` went out (and was removed from it) or the channel has failed.
+/// One write call. Returns false when the descriptor takes nothing at the moment or the thread of a job that is given up
+/// has been woken, true when some of `rest` went out (and was removed from it) or the channel has failed.
 bool writeSome(std::span<const std::uint8_t>& rest) {
   static_assert(EAGAIN == EWOULDBLOCK);
   for (;;) {
@@ -86,7 +91,7 @@ bool writeSome(std::span<const std::uint8_t>& rest) {
       return true;
     }
     if (written == 0 || errno == EAGAIN) return false;
-    if (errno == EINTR && isCancelled()) return false;
+    if (errno == EINTR && hdcIsGivenUp()) return false;
     if (errno == EINTR) continue;
     fail(errno);
     return true;
@@ -153,8 +158,12 @@ void hdcWaitUntilEmpty() {
 }
 
 void hdcStopPrintThread() {
-  if (hdcContext.running.exchange(0, std::memory_order_acq_rel) == 0) return;
+  if (!isRunning()) return;
+  // `running` falls after the thread's end: a write would give up the rest of its block, and the printer get half a page.
+  hdcContext.stopping.store(1, std::memory_order_release);
   waitForPrintThread([] { return pthread_tryjoin_np(hdcContext.printThread, nullptr) != EBUSY; });
+  hdcContext.running.store(0, std::memory_order_release);
+  hdcContext.stopping.store(0, std::memory_order_release);
 }
 
 void hdcAbandon() {
@@ -163,6 +172,10 @@ void hdcAbandon() {
 
 void hdcDestroy() {
   cbufferFree(&hdcContext.buffer);
+}
+
+bool hdcIsGivenUp() {
+  return isCancelled() || hdcFailure() != 0;
 }
 
 int hdcFailure() {
@@ -183,15 +196,16 @@ void* print_thread(void* /*argument*/) {
 
 void write_bytes(const std::uint8_t* bytes, std::int32_t count) {
   std::span rest(bytes, static_cast<std::size_t>(std::max(count, 0)));
-  while (!rest.empty() && hdcFailure() == 0) {
+  const auto givesUp = [] { return !isRunning() || hdcFailure() != 0; };
+  while (!rest.empty() && !givesUp()) {
     std::optional<std::chrono::steady_clock::time_point> stalled;  // when the cancelled job's reader took nothing first
-    pollUntil([&rest, &stalled] {
-      if (writeSome(rest)) return true;
+    pollUntil([&] {
+      if (givesUp() || writeSome(rest)) return true;
       if (!isCancelled()) return false;
       const auto now = std::chrono::steady_clock::now();
       if (now - stalled.value_or(now) >= STALL_TIME) fail(ECANCELED);
       if (!stalled) stalled = now;
-      return hdcFailure() != 0;
+      return false;
     });
   }
 }

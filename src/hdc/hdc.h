@@ -24,6 +24,7 @@ struct HdcContext {
   pthread_t printThread{};                       ///< valid while `running` is 1; job thread only
   cbuffer buffer;                                ///< writers produce, the print thread consumes
   std::atomic<std::uint32_t> flushThreshold{0};  ///< written by the job thread, read by writers and the print thread
+  std::atomic<std::uint8_t> stopping{0};  ///< 1 while hdcStopPrintThread waits: no further block is taken
   std::atomic<int> failure{0};  ///< first final error as an errno, 0 for none; written by whoever meets it, read by all
   int outputDescriptor{STDOUT_FILENO};  ///< where the bytes go; fixed before the print thread starts
   const std::atomic<std::uint8_t>* cancelFlag{
@@ -57,31 +58,36 @@ std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count);
 /// The last block may still be on its way to the descriptor; hdcStopPrintThread waits for it.
 void hdcWaitUntilEmpty();
 
-/// Ends the print thread and waits for it. The block in its hands is written in full, bytes in the ring are not. In a
-/// cancelled job a reader that takes nothing for STALL_TIME is given up: the channel fails with ECANCELED.
-/// Nothing happens when no print thread runs.
+/// Ends the print thread, waits for it, and clears `running`. The block in its hands is written in full, bytes in the
+/// ring are not. In a cancelled job a reader that takes nothing for STALL_TIME is given up: the channel fails with
+/// ECANCELED. Nothing happens when no print thread runs.
 void hdcStopPrintThread();
 
-/// Makes the channel fail, if it has not: no byte is accepted or written any more, and nobody waits for it.
+/// Makes the channel fail, unless it has failed already: waiting writers return, the block that is being written is
+/// cut, and stopping the print thread no longer waits for the reader. For a job that cannot go on.
 void hdcAbandon();
+
+/// True when nobody waits for the job's end any more: it is cancelled, or the channel has failed. Any thread.
+[[nodiscard]] bool hdcIsGivenUp();
 
 /// Frees the ring; the print thread must have been stopped, and no writer be left.
 void hdcDestroy();
 
 /// Why the channel failed, as an errno value (EPIPE when nobody reads any more); 0 when it has not.
 ///
-/// A failure is final: the print thread writes nothing more, writers and waiters are told at once. The channel prints
-/// no message for it, so that the job can report it once.
+/// A failure is final: the print thread writes nothing more, writers and waiters return at once. The channel prints no
+/// message for it, so that the job can report it once.
 [[nodiscard]] int hdcFailure();
 
 /// The print thread's body: drains the ring whenever it holds more than the threshold, until it is stopped or fails.
 void* print_thread(void* argument);
 
-/// Writes `count` bytes to the output descriptor, all of them, unless a final error stops it.
+/// Writes `count` bytes to the output descriptor while `running` is 1; the rest is given up when it is 0 or the channel
+/// has failed.
 ///
 /// A short write goes on with the next byte; an interrupted one is repeated at once; a descriptor that takes nothing at
-/// the moment is tried again at polling pace. Stopping the print thread does not cut a block short: the printer would
-/// get half a page. Only in a cancelled job a descriptor that takes nothing for STALL_TIME is given up.
+/// the moment is tried again at polling pace. In a cancelled job a descriptor that takes nothing for STALL_TIME makes
+/// the channel fail.
 void write_bytes(const std::uint8_t* bytes, std::int32_t count);
 
 }  // namespace kesto

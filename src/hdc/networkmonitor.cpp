@@ -28,8 +28,9 @@ constexpr milliseconds RECEIVE_TIME{2000};
 constexpr milliseconds RETRY_PAUSE{1000};
 constexpr milliseconds POLL_PAUSE{2000};
 
-/// A printer that never stops sending must not keep a poll from ending.
+/// A printer that never stops sending must keep neither a cycle from ending nor, once it is stopped, the job.
 constexpr int MAX_DATAGRAMS = 64;
+constexpr milliseconds CLOSING_TIME = 2 * RECEIVE_TIME;
 
 // The monitor's requests. Unregistering differs from registering in one byte.
 constexpr std::array REGISTER = NPA_COMMAND_REGLANGID;
@@ -71,7 +72,7 @@ class Monitor {
       npaNetworkThreadParams.pause(POLL_PAUSE);
     }
     if (descriptor_ >= 0) {
-      report("Sent unregister command with return status %zd\n", unregister_.send(descriptor_));
+      report("Sent unregister command with return status %zd", unregister_.send(descriptor_));
     }
   }
 
@@ -83,7 +84,7 @@ class Monitor {
       return false;
     }
     const ssize_t sent = register_.send(descriptor_);
-    report("Sent register command with return status %zd\n", sent);
+    report("Sent register command with return status %zd", sent);
     if (sent >= static_cast<ssize_t>(register_.length())) {
       failedRegistrations_ = 0;
       return true;
@@ -94,16 +95,15 @@ class Monitor {
     return false;
   }
 
-  /// Receives a datagram within RECEIVE_TIME; 0 or less when none came or the monitor is to end. The wait is a poll, as
-  /// a job that ends is not to wait for a printer that is silent.
+  /// Receives a datagram within RECEIVE_TIME; 0 or less when none came or the monitor is to end at once.
   ssize_t receive() {
     const bool arrived = pollUntil(
         [this] {
           pollfd input = {.fd = descriptor_, .events = POLLIN, .revents = 0};
-          return npaNetworkThreadParams.stopped() || ::poll(&input, 1, 0) != 0;
+          return closing_.isOver() || ::poll(&input, 1, 0) != 0;
         },
         RECEIVE_TIME);
-    if (!arrived || npaNetworkThreadParams.stopped()) return -1;
+    if (!arrived || closing_.isOver()) return -1;
     return ReadNpaNetworkResponse(descriptor_, buffer_.data(), static_cast<std::uint32_t>(buffer_.size()));
   }
 
@@ -128,6 +128,7 @@ class Monitor {
   const char* address_;
   int descriptor_ = -1;
   int failedRegistrations_ = 0;
+  ClosingTime closing_{npaNetworkThreadParams, CLOSING_TIME};
   std::uint32_t responseLength_ = 0;
   std::array<std::uint8_t, 1024> buffer_ = {};
   Datagram register_{REGISTER};
@@ -146,7 +147,7 @@ std::int32_t ValidateChannel(const char* address) {
     if (*c == '.') ++points;
   }
   if (points == 3) return 1;
-  report("returned with error\n");
+  report("\nreturned with error");
   return -1;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
@@ -21,7 +22,10 @@ namespace {
 /// How long a log that takes nothing at the moment is waited for.
 constexpr std::chrono::milliseconds PATIENCE{1000};
 
-/// Writes some of `rest`. False when the log takes nothing at the moment; what nobody is left to be told is dropped.
+/// Whether the last message has left its line open. Any thread.
+constinit std::atomic<bool> lineIsOpen{false};
+
+/// Writes some of `rest`. False when the log takes nothing at the moment; a message that nobody reads is dropped.
 bool writeSome(std::span<const char>& rest) {
   const auto written = write(STDERR_FILENO, rest.data(), rest.size());
   if (written < 0 && errno == EINTR) return true;
@@ -44,20 +48,25 @@ bool isControl(char c) {
 
 void report(const char* format, ...) {
   const int savedErrno = errno;
-  std::array<char, MAX_REPORT_LENGTH + 1> text;
+  std::array<char, MAX_REPORT_LENGTH + 1> text = {'\n'};
+  const bool endsOpenLine = lineIsOpen.exchange(false, std::memory_order_acq_rel) && format[0] != '\n';
+  const std::size_t start = endsOpenLine ? 1 : 0;
   va_list arguments;
   va_start(arguments, format);
   // The analyzer overlooks va_start in every file of a run but the first.
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
-  const int wanted = std::vsnprintf(text.data(), text.size(), format, arguments);
+  const auto room = std::span(text).subspan(start);
+  const int wanted = std::vsnprintf(room.data(), room.size(), format, arguments);
   va_end(arguments);
 
   if (wanted > 0) {
-    const auto message = std::span(text).first(static_cast<std::size_t>(std::min(wanted, MAX_REPORT_LENGTH)));
-    const bool endsLine = wanted > MAX_REPORT_LENGTH || message.back() == '\n';
-    std::replace_if(message.begin(), message.end(), isControl, ' ');
+    const auto length = std::min(start + static_cast<std::size_t>(wanted), text.size() - 1);
+    const auto message = std::span(text).first(length);
+    const bool endsLine = start + static_cast<std::size_t>(wanted) > length || message.back() == '\n';
+    std::replace_if(message.begin() + (message.front() == '\n' ? 1 : 0), message.end(), isControl, ' ');
     if (endsLine) message.back() = '\n';
     writeAll(message);
+    if (!endsLine) lineIsOpen.store(true, std::memory_order_release);
   }
   errno = savedErrno;
 }

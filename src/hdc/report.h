@@ -14,8 +14,10 @@ inline constexpr int MAX_REPORT_LENGTH = 2047;
 
 /// Writes one message, formatted as printf does, to standard error.
 ///
-/// A message is one line: control characters inside it (names and texts come from outside) become spaces, and a message
-/// that is cut at MAX_REPORT_LENGTH bytes still ends with a line feed. errno is left as it was.
+/// A message is one line, perhaps with a line feed before it: control characters inside it (names and texts come from
+/// outside) become spaces, and a message that is cut at MAX_REPORT_LENGTH bytes still ends with a line feed. One that
+/// ends without a line feed leaves its line open; the next message then begins with one, so that its prefix counts.
+/// errno is left as it was.
 [[gnu::format(printf, 1, 2)]] void report(const char* format, ...);
 
 /// Writes "TEXT: reason" and a line feed, the form of perror, with the system's text for the error number `error`.

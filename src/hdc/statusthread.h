@@ -1,13 +1,18 @@
 // What the two status threads have in common: a run flag, a thread, and pauses that end when the flag falls.
+//
+// A printer answers after it has been asked, and most jobs ask at their very end. So a stop does not cut off what the
+// thread waits for; ClosingTime says how long that may still take.
 #pragma once
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <tuple>
 
 #include <pthread.h>
 
+#include "hdc/hdc.h"
 #include "hdc/poll.h"
 
 namespace kesto {
@@ -36,6 +41,26 @@ struct StatusThread {
   void pause(std::chrono::milliseconds time) const {
     std::ignore = pollUntil([this] { return stopped(); }, time);
   }
+};
+
+/// The time that a status thread has left once it is stopped: none when nobody waits for the job's end any more.
+/// Status thread only.
+class ClosingTime {
+ public:
+  ClosingTime(const StatusThread& thread, std::chrono::milliseconds time) : thread_(thread), time_(time) {}
+
+  /// True when the thread has been stopped and its time is over. Counts from the first call that finds it stopped.
+  [[nodiscard]] bool isOver() {
+    if (!thread_.stopped()) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (!stopSeen_) stopSeen_ = now;
+    return hdcIsGivenUp() || now - *stopSeen_ >= time_;
+  }
+
+ private:
+  const StatusThread& thread_;
+  std::chrono::milliseconds time_;
+  std::optional<std::chrono::steady_clock::time_point> stopSeen_;
 };
 
 }  // namespace kesto

@@ -13,10 +13,12 @@ extern StatusThread usbReadParams;
 /// Clears validBuffer and starts usb_read_thread. Job thread.
 void StartUsbReadThread();
 
-/// Ends the thread, within the time-out of one read at most. Job thread.
+/// Ends the thread. Unless it has reported a response already, it gets the time of one more read, 1 second, for an
+/// answer that is still on its way; none when the job is cancelled or has failed. Job thread.
 void StopUsbReadThread();
 
-/// Thread body: reads the back channel, reassembles responses and reports their alerts until it is stopped.
+/// Thread body: reads the back channel, joins what arrives in pieces, reassembles responses and reports their alerts
+/// until it is stopped.
 void* usb_read_thread(void* argument);
 
 }  // namespace kesto

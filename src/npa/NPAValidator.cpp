@@ -13,7 +13,6 @@ constinit std::int32_t firstResponseBufferCount = 0;
 
 namespace {
 
-constexpr std::uint8_t PACKET_START = 0xA5;
 constexpr std::uint8_t CONTINUATION_BIT = 0x20;
 constexpr std::uint8_t STATUS_COMMAND = 0x73;
 constexpr std::array<std::uint8_t, 4> PACKET_ID = {0x12, 0x34, 0x56, 0x78};
@@ -62,8 +61,8 @@ std::int32_t AssembleNPACommand(const std::uint8_t* command, std::uint8_t* outpu
 }
 
 std::uint32_t lengthofNPACommand(std::span<const std::uint8_t> packet) {
-  if (packet.size() < 3 || packet[0] != PACKET_START) return 0;
-  return (std::uint32_t{packet[1]} << 8 | packet[2]) + 3;
+  if (packet.size() < LENGTH_END || packet[0] != PACKET_START) return 0;
+  return (std::uint32_t{packet[1]} << 8 | packet[2]) + LENGTH_END;
 }
 
 std::uint8_t isContinueFlagset(std::span<const std::uint8_t> packet) {

@@ -33,6 +33,10 @@ inline constexpr std::array<std::uint8_t, 16> NPA_DEVCOMMAND_EXT_ERRORS = {
 inline constexpr std::array<std::uint8_t, 16> NPA_COMMAND_EXT_ERRORWARN = {
     0xA5, 0x00, 0x0D, 0x50, 0xE0, 0x73, 0x03, 0x08, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x00, 0x00};
 
+/// The first byte of every packet, and where its length field ends.
+inline constexpr std::uint8_t PACKET_START = 0xA5;
+inline constexpr std::size_t LENGTH_END = 3;
+
 /// How much AssembleNPACommand puts before a command.
 inline constexpr std::int32_t NETWORK_HEADER_SIZE = 8;
 

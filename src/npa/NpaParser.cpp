@@ -9,6 +9,8 @@
 #include <string>
 #include <system_error>
 
+#include "npa/NPAValidator.h"
+
 namespace kesto {
 
 namespace {
@@ -16,6 +18,7 @@ namespace {
 constexpr std::size_t BLOCK_OFFSET = 25;  // of the alert block in a response
 constexpr std::size_t MASK_OFFSET = 10;   // of the alert mask in a response
 
+constexpr std::size_t BLOCK_LENGTH_SIZE = 2;   // of the number that the block begins with
 constexpr std::size_t HEADER_TEXT_OFFSET = 4;  // in the block
 constexpr std::size_t ROOT_OFFSET = 38;        // in the block
 
@@ -152,11 +155,15 @@ void storeText(std::string_view path, const Place& place, const char* text) {
   }
 }
 
+/// The size of an alert block, by the length at its start.
+std::size_t blockSize(std::span<const std::uint8_t> block) {
+  return BLOCK_LENGTH_SIZE + static_cast<std::size_t>(HexStrToLong(block, 0, BLOCK_LENGTH_SIZE));
+}
+
 /// Makes a record for each alert of the response, `made` of them, and fills in `count`. False, with what was made left
 /// to the caller, when there is no alert. Throws std::bad_alloc.
 bool makeRecords(std::span<const std::uint8_t> response, PSSDALERTINFO*& records, std::int32_t& made,
                  std::int32_t& count) {
-  if (response.size() < BLOCK_OFFSET || response[0] != 0xA5) return false;
   const auto block = response.subspan(BLOCK_OFFSET);
   std::int32_t alerts = 0;
   if (ParseRawDataForAlerts(block, {}, alerts) != 0 || alerts == 0) return false;
@@ -170,13 +177,15 @@ bool makeRecords(std::span<const std::uint8_t> response, PSSDALERTINFO*& records
 
 }  // namespace
 
-std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t responseLength, PSSDALERTINFO*& records,
-                                    std::int32_t& count) {
+std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t /*responseLength*/,
+                                    PSSDALERTINFO*& records, std::int32_t& count) {
   records = nullptr;
   count = 0;
   std::int32_t made = 0;
+  if (response[0] != PACKET_START) return -1;
+  const std::uint64_t size = BLOCK_OFFSET + blockSize({response + BLOCK_OFFSET, BLOCK_LENGTH_SIZE});
   try {
-    if (makeRecords({response, responseLength}, records, made, count)) return 0;
+    if (makeRecords({response, std::min<std::size_t>(size, VALID_BUFFER_SIZE)}, records, made, count)) return 0;
   } catch (const std::bad_alloc&) {
     // An alert that there is no memory for goes unheard; the job is worth more.
   }
@@ -197,7 +206,7 @@ void releaseAlerts(PSSDALERTINFO*& records, std::int32_t& count) {
 std::int32_t ParseRawDataForAlerts(std::span<const std::uint8_t> block, std::span<PSSDALERTINFO> records,
                                    std::int32_t& alertCount) {
   if (block.size() < ROOT_OFFSET || block[4] != 'P' || block[5] != '{') return -1;
-  block = block.first(std::min<std::uint64_t>(2 + HexStrToLong(block, 0, 2), block.size()));
+  block = block.first(std::min<std::size_t>(blockSize(block), block.size()));
   if (block.size() < ROOT_OFFSET) return -1;
 
   std::string headerText;
@@ -207,7 +216,7 @@ std::int32_t ParseRawDataForAlerts(std::span<const std::uint8_t> block, std::spa
   }
   FieldWidths widths;
   if (ParseHeaderStringInfo(headerText, widths) != 0) return -1;
-  return ParseExtAlert("1", block.subspan(ROOT_OFFSET), 0, 0, {.all = records, .current = nullptr}, alertCount, widths);
+  return ParseExtAlert("1", block.subspan(ROOT_OFFSET), 0, 0, {.all = records}, alertCount, widths);
 }
 
 std::int32_t ParseHeaderStringInfo(std::string_view headerText, FieldWidths& widths) {
@@ -229,10 +238,12 @@ std::int32_t ParseExtAlert(std::string_view parentPath, ItemPosition position, s
                            std::int32_t entryNumber, AlertRecords records, std::int32_t& alertCount,
                            const FieldWidths& widths) {
   if (std::ranges::count(parentPath, '.') >= MAX_DEPTH) return 0;
+  std::size_t ownItems = position.size();
+  if (records.itemsLeft == nullptr) records.itemsLeft = &ownItems;
   const std::uint64_t elements = GetNoOfElement(position, widths);
   std::array<char, WORK_SIZE> text{};
-  // Ends whatever the count says: an element that is all there has a width above 0, or there would be no count.
-  for (std::uint64_t element = 0; element < elements && !position.empty(); ++element) {
+  for (std::uint64_t element = 0; element < elements && !position.empty() && *records.itemsLeft > 0; ++element) {
+    --*records.itemsLeft;
     std::int8_t identifier = 0;
     std::uint8_t dataType = 0;
     if (!GetItemInfo(position, widths, identifier, dataType)) break;
@@ -271,8 +282,7 @@ std::int32_t ParseExtAlert(std::string_view parentPath, ItemPosition position, s
 std::uint64_t GetNoOfElement(ItemPosition& position, const FieldWidths& widths) {
   skipItemInfo(position, widths);
   const std::uint64_t elements = takeNumber(position, widths.countWidth);
-  const std::uint64_t contentLength = takeNumber(position, widths.lengthWidth);
-  position = position.first(std::min<std::uint64_t>(contentLength, position.size()));
+  skip(position, widths.lengthWidth);
   return elements;
 }
 

@@ -9,9 +9,10 @@
 // Numbers are big-endian. An item's path is its containers' ids and its own in decimal, joined by points; the root is
 // "1". Alerts are the containers 1.2.1, 1.2.2, ..., the entries of alert n the containers 1.2.n.2.1, 1.2.n.2.2, ...
 //
-// All of it comes from a printer. A position is the rest of what may be read: it ends with the received block, inside a
-// container with the container's content, and it only moves forward. So every byte is parsed once, no alert exists
-// without bytes of its own, and element counts and lengths that lie only end the parsing early.
+// All of it comes from a printer. A position is the rest of what may be read and ends with the block. A container's
+// content length only says where the next item is: its elements are counted, not measured, so that they are found even
+// where the length lies. A length that is too short has bytes parsed again, so that the items of a block are limited to
+// the number of its bytes, which honest ones never reach.
 //
 // Stateless: any thread.
 #pragma once
@@ -69,12 +70,14 @@ using ItemPosition = std::span<const std::uint8_t>;
 struct AlertRecords {
   std::span<PSSDALERTINFO> all;
   PSSDALERTINFO* current{nullptr};
+  std::size_t* itemsLeft{nullptr};  ///< how many items may still be parsed; null: as many as the position has bytes
 };
 
-/// Parses the alerts of a response of `responseLength` bytes.
+/// Parses the alerts of a response.
 ///
-/// 0 with `records` and `count` (at least 1) set; the caller gives both to releaseAlerts. -1 with neither when the
-/// response is no NPA packet, its alert block is malformed or holds no alert, or memory is short.
+/// `response` holds VALID_BUFFER_SIZE bytes, or as many as its block length says if that is less; the length handed
+/// over is not looked at. 0 with `records` and `count` (at least 1) set; the caller gives both to releaseAlerts. -1 with
+/// neither when the response is no NPA packet, its alert block is malformed or holds no alert, or memory is short.
 [[nodiscard]] std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t responseLength,
                                                   PSSDALERTINFO*& records, std::int32_t& count);
 
@@ -97,7 +100,7 @@ std::int32_t ParseExtAlert(std::string_view parentPath, ItemPosition position, s
                            std::int32_t entryNumber, AlertRecords records, std::int32_t& alertCount,
                            const FieldWidths& widths);
 
-/// Reads a container's element count and moves to its first element; the position then ends with the container.
+/// Reads a container's element count and moves to its first element.
 [[nodiscard]] std::uint64_t GetNoOfElement(ItemPosition& position, const FieldWidths& widths);
 
 /// Reads the identifier and data type of the item at `position`, their low 8 bits. False when they are not all there.

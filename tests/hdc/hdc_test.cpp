@@ -175,7 +175,7 @@ TEST_F(Channel, FinishesTheBlockInHandAfterShortAndRefusedWrites) {
     hdcStartPrintThread(nullptr);
     hdcWaitUntilEmpty();
     std::thread job(hdcStopPrintThread);
-    pollUntil([] { return hdcContext.running == 0; });
+    pollUntil([] { return hdcContext.stopping == 1; });
     const auto received = receiveAll(sent.size());
     job.join();
     EXPECT_TRUE(received == sent) << "flags " << flags;
@@ -190,7 +190,7 @@ TEST_F(Channel, FailsForGoodWhenNobodyReadsAnyMore) {
   hdcStartPrintThread(nullptr);
   close(readEnd_);
   readEnd_ = -1;
-  EXPECT_EQ(send(Bytes(5000)), -1) << "a writer that waits is told";
+  EXPECT_EQ(send(Bytes(5000)), -1) << "a writer that waits returns";
   EXPECT_EQ(hdcFailure(), EPIPE);
   EXPECT_EQ(send("x"), -1);
   EXPECT_EQ(send(""), 0);
@@ -207,15 +207,30 @@ TEST_F(Channel, FailsForGoodWhenNobodyReadsAnyMore) {
   EXPECT_EQ(hdcFailure(), 0);
 }
 
-TEST_F(Channel, KeepsTheFirstFailure) {
+TEST_F(Channel, WritesOnlyWhileItRunsAndHasNotFailed) {
   hdcInitialize(100, 0);
-  hdcContext.outputDescriptor = -1;
   const Bytes bytes(3);
+  write_bytes(bytes.data(), 3);
+  EXPECT_EQ(receive(30ms), "") << "nothing runs";
+  hdcContext.running = 1;
+  hdcContext.outputDescriptor = -1;
   write_bytes(bytes.data(), 3);
   EXPECT_EQ(hdcFailure(), EBADF);
   hdcContext.outputDescriptor = writeEnd_;
   write_bytes(bytes.data(), 3);
-  EXPECT_EQ(receive(30ms), "");
+  EXPECT_EQ(receive(30ms), "") << "a failure is final";
+  hdcContext.running = 0;
+}
+
+TEST_F(Channel, LetsGoOfAReaderThatTakesNothingWhenAbandoned) {
+  hdcInitialize(400'000, 0);
+  hdcStartPrintThread(nullptr);
+  std::thread writer([] { EXPECT_EQ(send(Bytes(2'000'000)), -1); });
+  pollUntil([] { return cbufferGetAvailableSpace(&hdcContext.buffer) < 100'000; });
+  hdcAbandon();
+  writer.join();
+  hdcStopPrintThread();
+  EXPECT_EQ(hdcFailure(), ECANCELED);
 }
 
 TEST_F(Channel, RefusesBytesWithoutARing) {

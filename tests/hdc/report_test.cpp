@@ -48,6 +48,10 @@ TEST_F(Report, WritesEachMessageAtOnceAndKeepsErrno) {
   EXPECT_EQ(nextWrite(), "PAGE: 3 2\n");
   EXPECT_EQ(nextWrite(), "pages is:0");
   EXPECT_EQ(nextWrite(), "");
+  report("PAGE: %d %d\n", 4, 2);
+  EXPECT_EQ(nextWrite(), "\nPAGE: 4 2\n") << "the open line must not swallow the prefix";
+  report("\nWARNING: %s\n", "Cover\nopen");
+  EXPECT_EQ(nextWrite(), "\nWARNING: Cover open\n");
 }
 
 TEST_F(Report, AddsTheSystemsReason) {
