@@ -115,13 +115,16 @@ void ImageThread::ensureRunning() {
   const int error = pthread_create(&thread_, nullptr, process_image_thread, &imageProcessorContext);
   if (error != 0) failJobWithText("ERROR: Unable to ran process_image_thread!", error);
   joinable_ = true;
-  waitInJob([] { return imageProcessorContext.load(std::memory_order_acquire) != 0; });
 }
 
 void ImageThread::stop() {
-  if (!joinable_) return;
+  // The thread sets the flag itself, once: a flag that is cleared before would be set again.
+  pollUntil([this] {
+    joinable_ = joinable_ && pthread_tryjoin_np(thread_, nullptr) != 0;
+    return !joinable_ || imageProcessorContext.load(std::memory_order_acquire) != 0;
+  });
   imageProcessorContext.store(0, std::memory_order_release);
-  pthread_join(thread_, nullptr);
+  if (joinable_) pthread_join(thread_, nullptr);
   joinable_ = false;
 }
 

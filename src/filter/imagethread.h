@@ -13,11 +13,11 @@ class ImageThread {
   ImageThread& operator=(const ImageThread&) = delete;
   ~ImageThread() { stop(); }
 
-  /// Starts the thread unless it has been started. Returns once the thread has set its run flag, so that a stop that
-  /// follows at once cannot be overwritten. Ends the job when no thread can be made.
+  /// Starts the thread unless it has been started. Ends the job when no thread can be made.
   void ensureRunning();
 
-  /// Clears the run flag and waits for the thread to end.
+  /// Clears the run flag and waits for the thread to end. A thread that waits in hdcWrite ends only when the print
+  /// thread makes room or the channel has been abandoned.
   void stop();
 
  private:

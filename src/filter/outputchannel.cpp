@@ -21,9 +21,8 @@ void OutputChannel::start(const char* connectivity) {
 }
 
 OutputChannel::~OutputChannel() {
-  hdcStopPrintThread();
-  // A job that fails comes here while the image thread still works: it is turned away, and the ring outlives it.
   hdcAbandon();
+  hdcStopPrintThread();
 }
 
 void OutputChannel::finish() {

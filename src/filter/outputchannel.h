@@ -9,7 +9,7 @@ class OutputChannel {
   OutputChannel() = default;
   OutputChannel(const OutputChannel&) = delete;
   OutputChannel& operator=(const OutputChannel&) = delete;
-  /// Stops the print thread. Bytes that `finish` has not drained are lost, as the job has failed.
+  /// Stops the print thread, if `finish` has not: the job has failed, and what has not been written is lost.
   ~OutputChannel();
 
   /// Makes the channel's ring and starts its print thread; ends the job when either fails.

@@ -85,11 +85,6 @@ PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copi
                                             }});
 }
 
-PageLoop::~PageLoop() {
-  imageThread_.stop();
-  free();
-}
-
 void PageLoop::free() {
   blocks_.reset();
   reader_.reset();

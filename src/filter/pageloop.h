@@ -23,7 +23,7 @@ class PageLoop {
   PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows);
   PageLoop(const PageLoop&) = delete;
   PageLoop& operator=(const PageLoop&) = delete;
-  ~PageLoop();
+  ~PageLoop() = default;
 
   /// Prints page after page with its copies until the raster ends, after the first page of a job sheet, or after
   /// SIGTERM; a page that has begun is finished first.
@@ -49,8 +49,8 @@ class PageLoop {
   bool jobSheet_;
   std::optional<BlockRing> blocks_;
   std::optional<PageReader> reader_;
-  ImageThread imageThread_;
   std::optional<CopyCache> copies_;
+  ImageThread imageThread_;  ///< stopped before the ring goes
   int pageCount_ = 0;
   bool leftEarly_ = false;
 };

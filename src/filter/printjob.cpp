@@ -27,6 +27,7 @@
 #include "filter/session.h"
 #include "filter/statusmonitor.h"
 #include "filter/util.h"
+#include "hdc/hdc.h"
 #include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionsource.h"
@@ -114,6 +115,15 @@ class Settings {
   std::unique_ptr<JobSetting> record_;
 };
 
+/// Abandons the channel when it goes, before the job's threads are waited for: in a job that fails, they may wait for a
+/// reader that takes nothing. At the end of any other job nothing is left to abandon.
+struct ChannelGuard {
+  ChannelGuard() = default;
+  ChannelGuard(const ChannelGuard&) = delete;
+  ChannelGuard& operator=(const ChannelGuard&) = delete;
+  ~ChannelGuard() { hdcAbandon(); }
+};
+
 /// Ends the renderer: with its raster read to the end it may end by itself, and its status says how it went.
 void endRenderer(Renderer& renderer, const PageLoop& loop) {
   if (isCancelled() || loop.leftEarly()) {
@@ -185,6 +195,7 @@ int runJob(int argc, char* argv[]) {
   PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
 
   StatusMonitor monitor(device);
+  const ChannelGuard guard;
   output.start(connectivityType);
   writeStatusRequests(device);
   writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);

@@ -1,5 +1,6 @@
 #include "jobsettings/jobsettings.h"
 
+#include "jobsettings/optionsource.h"
 #include "jobsettings/optionvalues.h"
 #include "jobsettings/rasterword.h"
 
@@ -9,6 +10,7 @@ constinit JobSetting* jobsetting = nullptr;
 constinit std::uint8_t collatedFlag_Prototype = 0;
 
 void initializeJobSetting(JobSetting* setting, cups_page_header2_t* header, const char* options) {
+  reopenPpd();
   setPrintQuality(setting, header);
   setResolution(setting, header);  // before setPaperSize, which may replace a zero resolution in the header
   setCollation(setting, header, options);

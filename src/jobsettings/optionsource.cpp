@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <cups/cups.h>
 #include <cups/ppd.h>
@@ -60,11 +61,11 @@ struct ClosePpd {
 };
 using OpenedPpd = std::unique_ptr<ppd_file_t, ClosePpd>;
 
-/// Everything parsed and opened so far. Maps, because their elements never move, and one that a record may point
-/// into is not given up for a newer one.
+/// Everything parsed and opened so far: a record may point into what is older than the newest.
 struct OptionSources {
-  std::map<std::string, Ticket> tickets;  // by text
-  std::map<std::string, OpenedPpd> ppds;  // by path
+  std::map<std::string, Ticket> tickets;  ///< by text
+  std::vector<OpenedPpd> ppds;            ///< the newest one last
+  std::string ppdPath;                    ///< of the newest; empty: it is to be opened again
 };
 
 constinit std::unique_ptr<OptionSources> sources;
@@ -95,9 +96,16 @@ const char* ticketValueByPrefix(const char* ticket, std::string_view prefix) {
 ppd_file_s* jobPpd() {
   const char* path = std::getenv("PPD");  // NOLINT(concurrency-mt-unsafe): the filter never sets a variable
   if (path == nullptr) return nullptr;
-  const auto [entry, isNew] = openSources().ppds.try_emplace(path);
-  if (isNew) entry->second.reset(noteFailure([path] { return ppdOpenFile(path); }));
-  return entry->second.get();
+  OptionSources& all = openSources();
+  if (all.ppds.empty() || all.ppdPath != path) {
+    all.ppds.emplace_back(noteFailure([path] { return ppdOpenFile(path); }));
+    all.ppdPath = path;
+  }
+  return all.ppds.back().get();
+}
+
+void reopenPpd() {
+  if (sources != nullptr) sources->ppdPath.clear();
 }
 
 const char* ppdDefaultChoice(const char* option) {

@@ -1,9 +1,8 @@
 // Where option values come from: the ticket, parsed once for each text, and the PPD that the environment names,
-// opened once for each path. In a job that is once each.
+// opened once for each record that is filled. In a job that is once each.
 //
 // What these functions return points into the parsed ticket or the opened PPD and stays valid until
-// releaseOptionSource(), because a job setting record keeps such pointers until the job ends. A PPD that changes
-// under an unchanged path is noticed only after that.
+// releaseOptionSource(), because a job setting record keeps such pointers until the job ends.
 //
 // Thread rule: job thread only; other threads may read the texts that were returned.
 #pragma once
@@ -25,6 +24,9 @@ const char* ticketValueByPrefix(const char* ticket, std::string_view prefix);
 /// Returns the PPD that the environment variable PPD names, opened, or null when it cannot be read. Not the
 /// caller's to close.
 ppd_file_s* jobPpd();
+
+/// Makes the next lookup open the PPD as it is then. What has been returned stays valid.
+void reopenPpd();
 
 /// Returns the keyword of the option's default choice in the PPD, or null when the PPD has no such option.
 const char* ppdDefaultChoice(const char* option);

@@ -69,7 +69,7 @@ void writePJLHeader(const JobSetting& setting, const char* title, const char* us
   lines.write(PJL_CMD_SET_BRIGHTNESS, 0);
   lines.write(PJL_CMD_SET_PRINT_QUALITY, printQualityText(setting).c_str());
   lines.write(PJL_CMD_SET_DUPLEX, setting.duplex);
-  if (setting.duplex == ON && !isJobSheet(fileType)) lines.write(PJL_CMD_SET_BINDING, setting.binding);
+  if (std::strcmp(setting.duplex, ON) == 0 && !isJobSheet(fileType)) lines.write(PJL_CMD_SET_BINDING, setting.binding);
   lines.write(PJL_CMD_SET_COLLATION, setting.collation);
   if (isSet(setting.duplexDryTime)) lines.write(PJL_CMD_SET_DUPLEXDRYTIME, setting.duplexDryTime);
   lines.write(PJL_CMD_SET_RESOLUTION, static_cast<int>(setting.resolution));

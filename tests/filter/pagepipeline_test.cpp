@@ -54,6 +54,15 @@ class PagePipeline : public testing::Test {
   JobSetting setting_ = {};
 };
 
+TEST(ImageThreadLife, EndsHoweverSoonItIsStopped) {
+  for (int i = 0; i < 300; ++i) {
+    ImageThread thread;
+    thread.ensureRunning();
+    thread.stop();
+    ASSERT_EQ(imageProcessorContext, 0);
+  }
+}
+
 TEST_F(PagePipeline, StartsAPageWithEverySettingInItsPlace) {
   setting_.mediaSource = 0x104;
   setting_.mediaSize.mediaSizeId = 2;
