@@ -1,15 +1,12 @@
 #include "hdc/oirthread.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <string>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <unistd.h>
 
+#include "capturedlog.h"
 #include "kestoprinter/answers.h"
 #include "npa/NPAPrinterAlertHandler.h"
 #include "npa/NPATransport9300.h"
@@ -22,32 +19,6 @@ using test::Bytes;
 using test::UdpResponder;
 using test::unhex;
 
-/// Standard error as a pipe for as long as the object lives.
-class CapturedReports {
- public:
-  CapturedReports() : standardError_(dup(STDERR_FILENO)) {
-    EXPECT_EQ(pipe2(ends_.data(), O_CLOEXEC), 0);
-    dup2(ends_[1], STDERR_FILENO);
-  }
-  CapturedReports(const CapturedReports&) = delete;
-  CapturedReports& operator=(const CapturedReports&) = delete;
-  ~CapturedReports() {
-    dup2(standardError_, STDERR_FILENO);
-    for (const int descriptor : {standardError_, ends_[0], ends_[1]}) close(descriptor);
-  }
-  /// What has been reported when something has, or nothing after `timeoutMs`.
-  [[nodiscard]] std::string next(int timeoutMs) const {
-    pollfd waiting{.fd = ends_[0], .events = POLLIN, .revents = 0};
-    std::array<char, 4096> text{};
-    if (::poll(&waiting, 1, timeoutMs) <= 0) return {};
-    return {text.data(), static_cast<std::size_t>(read(ends_[0], text.data(), text.size()))};
-  }
-
- private:
-  int standardError_;
-  std::array<int, 2> ends_{};
-};
-
 TEST(OirThread, ReportsTheFirstEntryOfAnAnswer) {
   UdpResponder printer("127.0.0.1", 0,
                        {{printer::oirDatagram({unhex("08 00 04 04"), unhex("01 00 08 04")})},
@@ -57,12 +28,12 @@ TEST(OirThread, ReportsTheFirstEntryOfAnAnswer) {
   std::ranges::copy(printer.address(), param.address.begin());
   NPAPrinterAlertHandler handler(NPA_TRANSPORT_9300);
   dynamic_cast<NPATransport9300&>(*NPAPrinterAlertHandler::pNPATransport).port = printer.port();
-  const CapturedReports reports;
+  const test::CapturedLog reports;
   EXPECT_TRUE(reportOirStatus(handler, &param));
-  EXPECT_EQ(reports.next(0), "WARNING: SuppliesLow\n");
+  EXPECT_EQ(reports.nextWrite(0), "WARNING: SuppliesLow\n");
   EXPECT_FALSE(reportOirStatus(handler, &param));
   EXPECT_FALSE(reportOirStatus(handler, &param));
-  EXPECT_EQ(reports.next(0), "");
+  EXPECT_EQ(reports.nextWrite(0), "");
 }
 
 TEST(OirThread, AsksUntilThePrinterSpeaksAndPausesThen) {
@@ -72,12 +43,12 @@ TEST(OirThread, AsksUntilThePrinterSpeaksAndPausesThen) {
   UdpResponder printer(address, 9300, {{printer::oirDatagram({})}, {printer::oirDatagram({unhex("0E 00 01 04")})}});
   static oirThreadParam param;  // the thread outlives the test
   std::ranges::copy(address, param.address.begin());
-  const CapturedReports reports;
+  const test::CapturedLog reports;
   ASSERT_EQ(startOirThread(&param), 0);
   EXPECT_EQ(param.running.load(), 1);
-  EXPECT_EQ(reports.next(5000), "WARNING: Qbi FrameworkOpen\n");
+  EXPECT_EQ(reports.nextWrite(5000), "WARNING: Qbi FrameworkOpen\n");
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(reports.next(5000), "WARNING: Qbi FrameworkOpen\n");
+  EXPECT_EQ(reports.nextWrite(5000), "WARNING: Qbi FrameworkOpen\n");
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
   EXPECT_GE(printer.stop().size(), 3U);
   EXPECT_NE(startOirThread(nullptr), 0);

@@ -1,43 +1,21 @@
 #include "hdc/report.h"
 
-#include <array>
 #include <cerrno>
 #include <string>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
+
+#include "capturedlog.h"
 
 namespace kesto {
 namespace {
 
-/// Standard error as a pipe that keeps each write apart from the next.
 class Report : public testing::Test {
  protected:
-  void SetUp() override {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe2(ends.data(), O_DIRECT | O_NONBLOCK | O_CLOEXEC), 0);
-    standardError_ = dup(STDERR_FILENO);
-    ASSERT_EQ(dup2(ends[1], STDERR_FILENO), STDERR_FILENO);
-    close(ends[1]);
-    readEnd_ = ends[0];
-  }
-  void TearDown() override {
-    dup2(standardError_, STDERR_FILENO);
-    close(standardError_);
-    close(readEnd_);
-  }
-
-  /// What the next write brought; empty when there was none.
-  [[nodiscard]] std::string nextWrite() const {
-    std::array<char, 4096> bytes{};
-    const auto count = read(readEnd_, bytes.data(), bytes.size());
-    return {bytes.data(), static_cast<std::size_t>(count > 0 ? count : 0)};
-  }
+  [[nodiscard]] std::string nextWrite() const { return log_.nextWrite(); }
 
  private:
-  int standardError_ = -1;
-  int readEnd_ = -1;
+  test::CapturedLog log_;
 };
 
 TEST_F(Report, WritesEachMessageAtOnceAndKeepsErrno) {
