@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <string>
 
@@ -55,9 +54,7 @@ void finishPage() {
   end_page();
 }
 
-/// After SIGTERM the copies of the page that has begun are still made, but a thousand copies would take minutes.
 bool isCopyWanted() {
-  constexpr std::chrono::milliseconds CANCEL_COPIES_TIME{300};
   return timeSinceCancel() < CANCEL_COPIES_TIME;
 }
 

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include "filter/cancel.h"
@@ -134,10 +134,11 @@ void endRenderer(Renderer& renderer, const PageLoop& loop) {
 }
 
 /// How often the filter is to make each page. None of its copies are due when the printer or the spooler collates: with
-/// the attribute below the spooler's own PDF filter has made the copies already, and passes their number on as well.
+/// any value of the attribute below but one, the spooler's own PDF filter has made the copies already, and passes their
+/// number on as well.
 std::int32_t copiesToMake(const char* options) {
   const char* handling = ticketValue(options, "multiple-document-handling");
-  const bool madeBySpooler = handling != nullptr && std::string_view(handling) == "separate-documents-collated-copies";
+  const bool madeBySpooler = handling != nullptr && strcasecmp(handling, "separate-documents-uncollated-copies") != 0;
   return madeBySpooler || collatedFlag_Prototype != 0 ? 1 : uncollatedCopies_Prototype;
 }
 
@@ -147,14 +148,16 @@ void checkRaster(const RasterStream& raster) {
 }
 
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
-void reportIncomplete(const Renderer& renderer, const RasterStream& raster, const PageLoop& loop) {
+void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const RasterStream& raster,
+                      const PageLoop& loop) {
   if (isCancelled() || loop.leftEarly() || !renderer.started()) return;
+  const auto failure = renderer.failure();
+  const bool noPage = loop.pageCount() == 0;
   if (!raster.fault().empty()) {
     report("ERROR: Page %d is not printed: %s.\n", loop.pageCount() + 1, raster.fault().c_str());
-    return;
-  }
-  const auto failure = renderer.failure();
-  if (loop.pageCount() == 0) {
+  } else if (noPage && access(pdf.name().c_str(), R_OK) != 0) {
+    reportErrno("ERROR: Unable to open the document", errno);
+  } else if (noPage) {
     report("ERROR: The document has no page that can be printed%s%s. It may be empty, damaged or protected.\n",
            failure ? ": pdftoraster " : "", failure.value_or("").c_str());
   } else if (raster.endedEarly() || failure) {
@@ -189,7 +192,6 @@ int runJob(int argc, char* argv[]) {
   RasterStream raster(renderer);
   const bool pageFollows = renderer.started() && raster.readHeader();
   checkRaster(raster);
-  if (!raster.fault().empty()) failJobWithText("ERROR: The document cannot be printed: " + raster.fault(), EINVAL);
   Settings settings(raster.header(), argv[OPTIONS]);
   OutputChannel output;
   PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
@@ -212,7 +214,7 @@ int runJob(int argc, char* argv[]) {
   monitor.stop();
   loop.stopImageThread();
   checkRaster(raster);
-  reportIncomplete(renderer, raster, loop);
+  reportIncomplete(pdf, renderer, raster, loop);
   report("END MAIN\n");
   report("IS terminated %d\n", isCancelled() ? 1 : 0);
   return 0;

@@ -29,11 +29,6 @@ constexpr std::size_t INPUT_BYTES = std::size_t{128} * 1024;
 /// A renderer that has ended can leave a process of its own that keeps the pipe open without writing.
 constexpr milliseconds ORPHAN_SILENCE{300};
 
-/// After SIGTERM the page that has begun is to be finished, but not at any price: how long the renderer may be silent,
-/// and how long it may take in all.
-constexpr milliseconds CANCEL_SILENCE{300};
-constexpr milliseconds CANCEL_TIME{500};
-
 /// Makes sure that a text field of a header ends.
 template <std::size_t N>
 void terminate(char (&text)[N]) {
@@ -193,7 +188,7 @@ bool RasterStream::nothingMoreComes(milliseconds silence) {
   if (threadsFailed()) return true;
   if (isCancelled()) {
     if (linesLeft_ == 0) return true;  // no page has begun
-    return std::min(silence, timeSinceCancel()) >= CANCEL_SILENCE || timeSinceCancel() >= CANCEL_TIME;
+    return std::min(silence, timeSinceCancel()) >= CANCEL_SILENCE || timeSinceCancel() >= CANCEL_PAGE_TIME;
   }
   return silence >= ORPHAN_SILENCE && renderer_.ended();
 }

@@ -1,12 +1,9 @@
 #include "filter/renderer.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <tuple>
 
 #include <fcntl.h>
@@ -32,20 +29,12 @@ constexpr milliseconds TERMINATE_TIME{100};
 /// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
 constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
 
-/// How long processes that the renderer has left may take to go when they are killed.
-constexpr milliseconds ORPHANS_TIME{500};
-
 /// The descriptors of the spooler's back and side channel, which are the filter's alone.
 constexpr int BACK_CHANNEL = 3;
 constexpr int SIDE_CHANNEL = 4;
 
-/// The children of the calling thread; a process inherits by its first thread, which is the job thread.
-std::vector<pid_t> childrenOfThisThread() {
-  std::ifstream list("/proc/thread-self/children");
-  return {std::istream_iterator<pid_t>(list), {}};
-}
-
-/// The child's way to the renderer program; only calls that are safe after a fork. Never returns.
+/// The child's way to the renderer program; only calls that are safe after a fork, as is execvp, which needs no memory
+/// for a program that is named with its folder. Never returns.
 [[noreturn]] void becomeRenderer(const char* program, char* const arguments[], int rasterOut, int errorOut,
                                  pid_t parent) {
   setpgid(0, 0);
@@ -54,7 +43,7 @@ std::vector<pid_t> childrenOfThisThread() {
   signal(SIGPIPE, SIG_DFL);
   fcntl(BACK_CHANNEL, F_SETFD, FD_CLOEXEC);
   fcntl(SIDE_CHANNEL, F_SETFD, FD_CLOEXEC);
-  if (dup2(rasterOut, STDOUT_FILENO) >= 0) execv(program, arguments);
+  if (dup2(rasterOut, STDOUT_FILENO) >= 0) execvp(program, arguments);
   const int error = errno;
   // A parent that has gone has no use for the number, so that the result does not matter.
   [[maybe_unused]] const ssize_t written = write(errorOut, &error, sizeof error);
@@ -69,10 +58,6 @@ Renderer::Renderer(const char* serverBin) : program_(std::string(serverBin) + "/
 }
 
 Renderer::Renderer(const char* serverBin, char* const argv[], const std::string& pdf) : Renderer(serverBin) {
-  if (access(pdf.c_str(), R_OK) != 0) {
-    reportErrno("ERROR: Unable to open the document", errno);
-    return;
-  }
   std::string name = pdf;
   std::array<char*, 8> arguments = {argv[0], argv[1], argv[2], argv[3], argv[4], argv[5], name.data(), nullptr};
   start(arguments.data());
@@ -89,8 +74,6 @@ void Renderer::start(char* const arguments[]) {
   if (error == 0) error = execError.open();
   if (error != 0) failJob("ERROR: Unable to create pipe!", error);
 
-  prctl(PR_SET_CHILD_SUBREAPER, 1);
-  inheritedChildren_ = childrenOfThisThread();
   const pid_t parent = getpid();
   child_ = fork();
   if (child_ < 0) failJob("ERROR: Unable to fork pdftoraster!", errno);
@@ -147,18 +130,6 @@ void Renderer::stop() {
   } while (reaped < 0 && errno == EINTR);
   if (reaped == child_ && endedByItself) end_ = status;
   child_ = -1;
-  std::ignore = pollUntil([this] { return endOrphans(); }, ORPHANS_TIME);
-}
-
-bool Renderer::endOrphans() const {
-  bool none = true;
-  for (const pid_t orphan : childrenOfThisThread()) {
-    if (std::ranges::find(inheritedChildren_, orphan) != inheritedChildren_.end()) continue;
-    none = false;
-    kill(orphan, SIGKILL);
-    waitpid(orphan, nullptr, WNOHANG);
-  }
-  return none;
 }
 
 std::optional<std::string> Renderer::failure() const {

@@ -1,15 +1,13 @@
 // The renderer: the spooler's pdftoraster as a child process whose raster arrives on the job's standard input.
 //
 // The child leads a process group of its own. A spooler that cancels a job signals the filter's whole group; the page
-// that has begun can be finished all the same, and when the job ends nothing that the child started outlives it: its
-// group is killed, and what has left the group becomes this process's own child when its parent ends, as this process
-// is made a subreaper. Should the job itself be killed, the kernel ends the child.
+// that has begun can be finished all the same. When the job ends, the child's group is killed. Should the job itself be
+// killed, the kernel ends the child.
 #pragma once
 
 #include <chrono>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -20,9 +18,9 @@ namespace kesto {
 class Renderer {
  public:
   /// Starts "`serverBin`/filter/pdftoraster" with the program name and the five job arguments of `argv` and the PDF
-  /// file's name, and makes its output this process's standard input. Ends the job when no process can be made; a
-  /// document that cannot be opened, or a program that cannot be executed, is reported and leaves a renderer that has
-  /// not started.
+  /// file's name, and makes its output this process's standard input. A program that begins with no interpreter's name
+  /// is run by the shell. Ends the job when no process can be made; a program that cannot be executed is reported and
+  /// leaves a renderer that has not started.
   Renderer(const char* serverBin, char* const argv[], const std::string& pdf);
   Renderer(const Renderer&) = delete;
   Renderer& operator=(const Renderer&) = delete;
@@ -34,7 +32,7 @@ class Renderer {
   /// Gives the child a moment to end by itself after its raster has ended, then ends it; at once after SIGTERM.
   void finish();
 
-  /// Ends the child and what it has started, at once, and reaps it.
+  /// Ends the child and its process group at once, and reaps the child.
   void stop();
 
   /// Why the child's own end was not a success, as words for the log ("ended with status 1"); nothing when it was, when
@@ -52,13 +50,10 @@ class Renderer {
   void start(char* const arguments[]);
   void checkExec(int descriptor);
   [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;
-  /// Kills what the renderer has left outside of its group; true when there was nothing.
-  [[nodiscard]] bool endOrphans() const;
 
   std::string program_;
-  pid_t child_ = -1;                      ///< -1 once reaped
-  std::vector<pid_t> inheritedChildren_;  ///< children that this process had before, and that are none of its business
-  std::optional<int> end_;                ///< the child's wait status, when it ended by itself
+  pid_t child_ = -1;        ///< -1 once reaped
+  std::optional<int> end_;  ///< the child's wait status, when it ended by itself
   bool started_ = false;
 };
 

@@ -80,8 +80,8 @@ std::size_t sureRoom() {
   return std::min(hdcContext.buffer.size.load(std::memory_order_relaxed) - drainThreshold(), MOST);
 }
 
-/// One write call. Returns false when the descriptor takes nothing at the moment or the thread of a job that is given up
-/// has been woken, true when some of `rest` went out (and was removed from it) or the channel has failed.
+/// One write call. Returns false when the descriptor takes nothing at the moment or the thread of a job that is given
+/// up has been woken, true when some of `rest` went out (and was removed from it) or the channel has failed.
 bool writeSome(std::span<const std::uint8_t>& rest) {
   static_assert(EAGAIN == EWOULDBLOCK);
   for (;;) {
@@ -159,7 +159,8 @@ void hdcWaitUntilEmpty() {
 
 void hdcStopPrintThread() {
   if (!isRunning()) return;
-  // `running` falls after the thread's end: a write would give up the rest of its block, and the printer get half a page.
+  // `running` falls after the thread's end: a write would give up the rest of its block, and the printer get half a
+  // page.
   hdcContext.stopping.store(1, std::memory_order_release);
   waitForPrintThread([] { return pthread_tryjoin_np(hdcContext.printThread, nullptr) != EBUSY; });
   hdcContext.running.store(0, std::memory_order_release);

@@ -24,7 +24,7 @@ struct HdcContext {
   pthread_t printThread{};                       ///< valid while `running` is 1; job thread only
   cbuffer buffer;                                ///< writers produce, the print thread consumes
   std::atomic<std::uint32_t> flushThreshold{0};  ///< written by the job thread, read by writers and the print thread
-  std::atomic<std::uint8_t> stopping{0};  ///< 1 while hdcStopPrintThread waits: no further block is taken
+  std::atomic<std::uint8_t> stopping{0};         ///< 1 while hdcStopPrintThread waits: no further block is taken
   std::atomic<int> failure{0};  ///< first final error as an errno, 0 for none; written by whoever meets it, read by all
   int outputDescriptor{STDOUT_FILENO};  ///< where the bytes go; fixed before the print thread starts
   const std::atomic<std::uint8_t>* cancelFlag{
@@ -33,8 +33,9 @@ struct HdcContext {
 
 extern HdcContext hdcContext;
 
-/// How long a cancelled job waits for a reader that takes nothing. One that takes its time gets the job whole.
-inline constexpr std::chrono::milliseconds STALL_TIME{3000};
+/// How long a cancelled job waits for a reader that takes nothing; a page and its copies may have taken 3 seconds
+/// before. A reader that takes its time gets the job whole.
+inline constexpr std::chrono::milliseconds STALL_TIME{1500};
 
 /// Prepares the channel: an empty ring of `capacity` bytes that is drained when it holds more than `flushThreshold`.
 ///

@@ -21,9 +21,9 @@ extern StatusThread npaNetworkThreadParams;
 /// Starts npa_network_thread with `address`, a dotted IPv4 address that outlives the thread. Job thread.
 void StartNpaNetworkThread(const char* address);
 
-/// Ends the thread and waits for it: for the cycle that it is in, so that an answer on its way is reported, 4 seconds at
-/// most; not for the pause between two cycles, and for nothing when the job is cancelled or has failed. Nothing happens
-/// when no thread was started. Job thread.
+/// Ends the thread and waits for it: for the cycle that it is in, so that an answer on its way is reported, 4 seconds
+/// at most; not for the pause between two cycles, and for nothing when the job is cancelled or has failed. Nothing
+/// happens when no thread was started. Job thread.
 void StopNpaNetworkThread();
 
 /// Thread body; `address` is a text. One that is missing or shorter than 8 characters ends it at once.

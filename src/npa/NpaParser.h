@@ -76,8 +76,8 @@ struct AlertRecords {
 /// Parses the alerts of a response.
 ///
 /// `response` holds VALID_BUFFER_SIZE bytes, or as many as its block length says if that is less; the length handed
-/// over is not looked at. 0 with `records` and `count` (at least 1) set; the caller gives both to releaseAlerts. -1 with
-/// neither when the response is no NPA packet, its alert block is malformed or holds no alert, or memory is short.
+/// over is not looked at. 0 with `records` and `count` (at least 1) set; the caller gives both to releaseAlerts. -1
+/// with neither when the response is no NPA packet, its alert block is malformed or holds no alert, or memory is short.
 [[nodiscard]] std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t responseLength,
                                                   PSSDALERTINFO*& records, std::int32_t& count);
 

@@ -1,6 +1,7 @@
 // How the filter behaves when something is wrong: its messages, its exit status, and that nothing is left behind.
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <thread>
@@ -73,6 +74,14 @@ TEST(Behaviour, TheRendererGetsTheJobsArgumentsAndNoDescriptorOfTheSpooler) {
   ASSERT_EQ(lines.size(), 1u) << outcome.log;
   EXPECT_EQ(lines[0], "DEBUG: renderer arguments [" + std::string(KESTO_FILTER) +
                           "] [17] [anna] [A title] [1] [a=b c] [" + folder.path() + "/document]");
+}
+
+TEST(Behaviour, ARendererWithoutAnInterpretersNameIsRunByTheShell) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path() + "/filter");
+  const std::string script = "exec " KESTO_STANDIN_SERVERBIN "/filter/pdftoraster \"$@\"\n";
+  std::filesystem::permissions(folder.write("filter/pdftoraster", script), std::filesystem::perms::all);
+  EXPECT_EQ(printJob({.document = "page\npage", .serverBin = folder.path()}).pages.size(), 2u);
 }
 
 TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "hdc/poll.h"
+
 namespace kesto::test {
 namespace {
 
@@ -51,7 +53,9 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
 
 void expectNothingLeft(const TemporaryFolder& folder) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.path() + "/tmp"));
-  EXPECT_EQ(processesWith(FOLDER_VARIABLE + ("=" + folder.path())), 0);
+  // What has been killed may take a moment to go.
+  const auto none = [&folder] { return processesWith(FOLDER_VARIABLE + ("=" + folder.path())) == 0; };
+  EXPECT_TRUE(pollUntil(none, std::chrono::seconds(2)));
 }
 
 Bytes withoutDate(const Bytes& job) {

@@ -1,6 +1,5 @@
 // Renderers that misbehave: whatever a renderer delivers and however it ends, the job is right or the log says once
 // what is wrong, and neither time nor memory gets out of bounds.
-#include <cerrno>
 #include <chrono>
 #include <string>
 
@@ -21,7 +20,6 @@ struct Renderer {
   const char* recipe;
   unsigned pages;
   const char* error = "";  ///< what the one ERROR line says; empty: there is none
-  int status = 0;
   const char* serverBin = "";
 };
 void PrintTo(const Renderer& renderer, std::ostream* stream) {
@@ -30,7 +28,7 @@ void PrintTo(const Renderer& renderer, std::ostream* stream) {
 
 const Renderer RENDERERS[] = {
     // How it ends.
-    {"Missing", "page", 0, "ERROR: Unable to exec pdftoraster!", 0, "/nonexistent"},
+    {"Missing", "page", 0, "ERROR: Unable to exec pdftoraster!", "/nonexistent"},
     {"EndsAtOnce", "exit status=0", 0, "no page that can be printed"},
     {"FailsAtOnce", "exit status=3", 0, "status 3"},
     {"CrashesAtOnce", "crash", 0, "signal 11"},
@@ -42,8 +40,7 @@ const Renderer RENDERERS[] = {
     {"ClosesAfterThePagesAndGoesOn", "page\nclose\nsleep ms=300\nexit status=0", 1},
     {"ClosesAfterThePagesAndHangs", "page\nclose\nignoresignals\nhang", 1},
     {"LeavesAProcess", "orphan\npage", 1},
-    {"LeavesADetachedProcess", "orphan session=1\npage", 1},
-    {"LeavesADetachedProcessAndCrashes", "orphan session=1\npage height=64 lines=9\ncrash", 1, "signal 11"},
+    {"LeavesAProcessAndCrashes", "orphan\npage height=64 lines=9\ncrash", 1, "signal 11"},
     // How it delivers.
     {"DeliversBytewise", "bytewise\npage width=32 height=24 pattern=noise", 1},
     {"DeliversInPieces", "page height=100 pause=3 pattern=noise\nsleep ms=400\npage", 2},
@@ -53,7 +50,7 @@ const Renderer RENDERERS[] = {
     {"BreaksOffInALaterHeader", "page\npage headerbytes=1795 lines=0", 1, "ended early at page 1"},
     {"AppendsGarbage", "page\ngarbage bytes=100000", 1, "Page 2"},
     {"BeginsWithGarbage", "garbage bytes=100000", 0, "no page that can be printed"},
-    {"HasGarbageForAHeader", "page lines=0 headerbytes=0\ngarbage bytes=100000", 0, "cannot be printed", EINVAL},
+    {"HasGarbageForAHeader", "page lines=0 headerbytes=0\ngarbage bytes=100000", 0, "Page 1 is not printed"},
     // What its headers say.
     {"ChangesItsHeader",
      "page width=320 height=160 pattern=noise\npage width=65520 height=8\npage width=16 height=3000 bits=8\n"
@@ -61,23 +58,24 @@ const Renderer RENDERERS[] = {
      "duplex=1",
      5},
     {"IsAsWideAsCanBe", "page width=65520 height=16 bits=8 pattern=text", 1},
-    {"HasNoWidth", "page width=0 bytesperline=0", 0, "cannot be printed", EINVAL},
-    {"HasNoHeight", "page height=0", 0, "cannot be printed", EINVAL},
-    {"HasNoArea", "page width=0 height=0", 0, "cannot be printed", EINVAL},
-    {"IsTooWideOnceRoundedUp", "page width=65535 height=8 lines=0", 0, "cannot be printed", EINVAL},
-    {"OverflowsItsLine", "page width=536870913 bytesperline=3", 0, "cannot be printed", EINVAL},
-    {"IsTooHigh", "page height=2147483648 lines=1", 0, "cannot be printed", EINVAL},
-    {"HasTooShortLines", "page width=64 bytesperline=191", 0, "cannot be printed", EINVAL},
-    {"HasEndlessLines", "page width=64 bytesperline=4294967295 lines=0", 0, "cannot be printed", EINVAL},
-    {"HasEndlessCompressedLines", "sync word=0x52615332\npage bytesperline=4294967295 lines=0", 0, "cannot be printed",
-     EINVAL},
-    {"HasManyCompressedLines", "sync word=0x52615332\npage height=4294967295 lines=9", 0, "cannot be printed", EINVAL},
-    {"HasTheOtherByteOrder", "sync word=0x33536152\npage lines=9", 0, "cannot be printed", EINVAL},
-    {"Has16Bits", "page width=64 bits=16 bytesperline=128", 0, "cannot be printed", EINVAL},
-    {"Has48Bits", "page width=64 bits=48", 0, "cannot be printed", EINVAL},
-    {"HasAWrongColourSpace", "page width=64 bits=24 space=6", 0, "cannot be printed", EINVAL},
-    {"HasNoColourSpace", "page width=64 bits=24 space=4294967295", 0, "cannot be printed", EINVAL},
-    {"HasPlanes", "page width=64 bits=24 order=2", 0, "cannot be printed", EINVAL},
+    {"HasNoWidth", "page width=0 bytesperline=0", 0, "Page 1 is not printed"},
+    {"HasNoHeight", "page height=0", 0, "Page 1 is not printed"},
+    {"HasNoArea", "page width=0 height=0", 0, "Page 1 is not printed"},
+    {"IsTooWideOnceRoundedUp", "page width=65535 height=8 lines=0", 0, "Page 1 is not printed"},
+    {"OverflowsItsLine", "page width=536870913 bytesperline=3", 0, "Page 1 is not printed"},
+    {"IsTooHigh", "page height=2147483648 lines=1", 0, "Page 1 is not printed"},
+    {"HasTooShortLines", "page width=64 bytesperline=191", 0, "Page 1 is not printed"},
+    {"HasEndlessLines", "page width=64 bytesperline=4294967295 lines=0", 0, "Page 1 is not printed"},
+    {"HasEndlessCompressedLines", "sync word=0x52615332\npage bytesperline=4294967295 lines=0", 0,
+     "Page 1 is not printed"},
+    {"HasManyCompressedLines", "sync word=0x52615332\npage height=4294967295 lines=9", 0, "Page 1 is not printed"},
+    {"HasTheOtherByteOrder", "sync word=0x33536152\npage lines=9", 0, "Page 1 is not printed"},
+    {"Has16Bits", "page width=64 bits=16 bytesperline=128", 0, "Page 1 is not printed"},
+    {"Has48Bits", "page width=64 bits=48", 0, "Page 1 is not printed"},
+    {"HasAWrongColourSpace", "page width=64 bits=24 space=6", 0, "Page 1 is not printed"},
+    {"HasNoColourSpace", "page width=64 bits=24 space=4294967295", 0, "Page 1 is not printed"},
+    {"HasNoPixelSize", "page width=64 bits=0 bytesperline=192", 0, "Page 1 is not printed"},
+    {"HasPlanes", "page width=64 bits=24 order=2", 0, "Page 1 is not printed"},
     {"HasAnAbsurdLaterHeader", "page\npage width=536870913 bytesperline=3", 1, "Page 2"},
     {"HasAHighLaterHeader", "page\npage height=2147483648 lines=1\npage", 1, "Page 2"},
     {"HasA16BitLaterHeader", "page\npage bits=16", 1, "Page 2"},
@@ -88,7 +86,7 @@ class MisbehavingRenderer : public testing::TestWithParam<Renderer> {};
 TEST_P(MisbehavingRenderer, GivesARightJobOrOneClearError) {
   const Renderer& renderer = GetParam();
   const Outcome outcome = runFilter({.document = renderer.recipe, .serverBin = renderer.serverBin});
-  EXPECT_EQ(outcome.status, renderer.status) << outcome.log;
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
   const auto errors = outcome.linesWith("ERROR:");
   if (*renderer.error == '\0') {
     EXPECT_TRUE(errors.empty()) << errors[0];
@@ -96,11 +94,7 @@ TEST_P(MisbehavingRenderer, GivesARightJobOrOneClearError) {
     ASSERT_EQ(errors.size(), 1u) << outcome.log;
     EXPECT_NE(errors[0].find(renderer.error), std::string::npos) << errors[0];
   }
-  if (renderer.status == 0) {
-    EXPECT_EQ(parseJob(outcome.output).pages.size(), renderer.pages);
-  } else {
-    EXPECT_TRUE(outcome.output.empty()) << "the first header decides before the first byte";
-  }
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), renderer.pages);
   EXPECT_LT(outcome.duration, LONGEST_RUN);
   if (!SANITIZED) {
     EXPECT_LT(outcome.peakMemory, MOST_MEMORY_KIB);

@@ -289,7 +289,7 @@ pid_t waitpid(pid_t child, int* status, int options) {
 pid_t fork() noexcept {
   return fails("fork") ? -1 : realFork();
 }
-int execv(const char* path, char* const arguments[]) noexcept {
+int execvp(const char* path, char* const arguments[]) noexcept {
   return fails("exec") ? -1 : static_cast<int>(syscall(SYS_execve, path, arguments, environ));
 }
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument) noexcept {

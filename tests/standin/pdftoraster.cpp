@@ -8,8 +8,7 @@
 //   garbage bytes=1000                                         noise where a page should begin
 //   bytewise                                                   from here on one byte at a time
 //   chatter lines=1000                                         lines on standard error
-//   orphan session=1                                           leaves a process behind that keeps the pipe open, in the
-//                                                              renderer's session or, with session=1, in its own
+//   orphan                                                     leaves a process behind that keeps the pipe open
 //   sync word=0x52615332                                       another word that the raster begins with
 //   ignoresignals                                              SIGTERM does nothing from here on
 //   arguments                                                  tells its arguments and descriptors on standard error
@@ -59,13 +58,13 @@ void sendPage(const Step& page) {
     send(bytes.data(), bytes.size());
     std::this_thread::sleep_for(std::chrono::milliseconds(page.number("pause", 0)));
   }
+  if (page.number("part", 0) == 0) return;
   const auto cut = kesto::test::lineOf(page, header, lines);
   send(cut.data(), std::min<std::size_t>(cut.size(), page.number("part", 0)));
 }
 
-void leaveOrphan(const Step& step) {
+void leaveOrphan() {
   if (fork() != 0) return;
-  if (step.number("session", 0) != 0) setsid();
   for (int i = 0; i < 600; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
   _exit(0);
 }
@@ -99,7 +98,7 @@ void perform(const Step& step, std::span<char*> arguments) {
   if (step.verb == "close") close(STDOUT_FILENO);
   if (step.verb == "sync") syncWord = step.number("word", 0);
   if (step.verb == "bytewise") bytewise = true;
-  if (step.verb == "orphan") leaveOrphan(step);
+  if (step.verb == "orphan") leaveOrphan();
   if (step.verb == "arguments") tellArguments(arguments);
   if (step.verb == "ignoresignals") signal(SIGTERM, SIG_IGN);
   if (step.verb == "chatter") {
