@@ -8,9 +8,15 @@
 
 namespace kesto {
 
+namespace {
+
+constexpr std::int32_t BLOCK_PIXELS = BLOCK_SIDE * BLOCK_SIDE;
+
+}  // namespace
+
 bool isBand(const Band& band) {
-  constexpr std::int32_t blockPixels = BLOCK_SIDE * BLOCK_SIDE;
-  return band.width >= BLOCK_SIDE && band.blockCount > 0 && band.blockCount == band.pixels / blockPixels;
+  return band.width >= BLOCK_SIDE && band.pixels >= BLOCK_PIXELS && band.blockCount >= 0 &&
+         band.blockCount <= band.pixels / BLOCK_PIXELS;
 }
 
 bool isMultiple(const Band& band, std::int32_t widthMultiple, std::int32_t lineMultiple) {
@@ -18,7 +24,7 @@ bool isMultiple(const Band& band, std::int32_t widthMultiple, std::int32_t lineM
 }
 
 bool BlockMaps::allocate(const Band& band) {
-  const auto count = static_cast<std::size_t>(band.blockCount);
+  const auto count = static_cast<std::size_t>(band.pixels / BLOCK_PIXELS);
   luma.reset(new (std::nothrow) std::uint8_t[count]);
   chroma.reset(new (std::nothrow) std::uint8_t[count]);
   if (luma == nullptr || chroma == nullptr) return false;

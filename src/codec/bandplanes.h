@@ -23,17 +23,19 @@ struct Band {
 
   [[nodiscard]] std::int32_t lines() const { return pixels / width; }
   [[nodiscard]] std::int32_t blocksPerRow() const { return width / BLOCK_SIDE; }
+  /// The rows of blocks that are coded; the map may cover fewer than the pixels have.
   [[nodiscard]] std::int32_t blockRows() const { return blockCount / blocksPerRow(); }
 };
 
-/// True when a band has at least one block and its map one byte for each. The drivers check this first: it is what
-/// keeps everything after it inside of the caller's buffers.
+/// True when a band has at least one block, and its map no more bytes than it has blocks. This is what keeps the
+/// drivers inside of the caller's buffers.
 [[nodiscard]] bool isBand(const Band& band);
 
 /// True when the width and the number of lines are whole multiples of the two arguments.
 [[nodiscard]] bool isMultiple(const Band& band, std::int32_t widthMultiple, std::int32_t lineMultiple);
 
-/// The luma and chroma maps of a band, one byte for each block of the plane.
+/// The luma and chroma maps of a band, one byte for each block of the plane; blocks beyond the caller's map are
+/// skipped.
 struct BlockMaps {
   std::unique_ptr<std::uint8_t[]> luma;
   std::unique_ptr<std::uint8_t[]> chroma;

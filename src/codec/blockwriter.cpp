@@ -15,8 +15,6 @@ constexpr std::uint8_t selectOf(std::uint8_t mapByte) {
 BlockWriter::BlockWriter(std::uint8_t firstMapByte, std::uint8_t* output, std::int32_t capacity,
                          WicketSettings* settings, WicketCoder* coder)
     : settings_(settings), coder_(coder), select_(selectOf(firstMapByte) == 0 ? 1 : 0) {
-  coder_->bitBuffer = 0;
-  coder_->bitCount = 0;
   keep(outputBuffer(output, static_cast<std::uint32_t>(capacity), coder_));
 }
 

@@ -63,26 +63,41 @@ constexpr std::int32_t MOST_PIXELS = 1 << 24;
 /// differences, stuffing, and one restart marker at the end.
 bool isJobBand(const Band& band, const std::uint8_t* map, std::size_t planeCount, const WicketSettings& settings,
                const WicketCoder& coder) {
-  const auto isPositive = [](std::int32_t quantizer) { return quantizer > 0; };
   return band.width % BLOCK_SIDE == 0 && band.pixels == BLOCK_SIDE * band.width && band.pixels <= MOST_PIXELS &&
          (planeCount == 1 || settings.sampleType == SAMPLE_TYPE_422) &&
          std::all_of(map, map + band.blockCount, [](std::uint8_t value) { return value == MAP_JOB; }) &&
-         settings.quantScale == QUANTIZER_SCALE && settings.useDeltaDC != 0 &&
+         settings.quantScale == QUANTIZER_SCALE && settings.useDeltaDC != 0 && band.blockCount == band.blocksPerRow() &&
          settings.restartInterval == band.blockCount && settings.restartMcuCount == 0 && coder.byteStuffing != 0 &&
-         std::ranges::all_of(settings.lumaQuant, isPositive) && std::ranges::all_of(settings.chromaQuant, isPositive);
+         coder.bitCount == 0 && coder.category == MAGNITUDE_CATEGORIES;
 }
 
-/// Packs the codes of a table. Returns false when a symbol that a band may need has none.
+/// Makes the scan tables stand for the planes of a band. False when one of them has been changed since it was built.
+bool scansInOrder(const Band& band, std::size_t planeCount, WicketSettings* settings) {
+  for (std::uint32_t plane = 0; plane < planeCount; ++plane) {
+    const std::int32_t width = plane == 0 ? band.width : band.width / 2;
+    wicketSetPlanarZigZag(plane, static_cast<std::uint32_t>(width), 1, 1, settings);
+    for (std::size_t k = 0; k < BLOCK_SIZE; ++k) {
+      if (settings->planarZigZag[plane][k] != scanOffset(k, width)) return false;
+    }
+  }
+  return true;
+}
+
+/// Packs the codes of a table. Returns false when a symbol that a band may need has none, or one that is longer than
+/// its length says.
 [[nodiscard]] bool packCodes(const HuffmanCodeTable& table, fast::PackedCodes& packed) {
   const auto pack = [](const HuffmanCode& code, std::uint32_t size) {
     return code.code << size << fast::LENGTH_BITS | (code.length + size);
   };
+  const auto isUsable = [](const HuffmanCode& code) {
+    return code.count != 0 && code.length <= CODE_LENGTHS && code.code >> code.length == 0;
+  };
   for (std::uint32_t size = 0; size < BASELINE_DC_CODES; ++size) {
-    if (table.dcCodes[size].count == 0) return false;
+    if (!isUsable(table.dcCodes[size])) return false;
     packed.dc[size] = pack(table.dcCodes[size], size);
   }
   for (std::size_t index = 0; index < AC_SYMBOL_COUNT; ++index) {
-    if (table.acCodes[index].count == 0) return false;
+    if (!isUsable(table.acCodes[index])) return false;
     const auto symbol = static_cast<std::uint32_t>(codecRSSymbol(static_cast<std::int32_t>(index)));
     packed.ac[symbol] = pack(table.acCodes[index], symbol & 15);
   }
@@ -119,7 +134,7 @@ bool compressBandFast(const Band& band, const std::uint8_t* map, std::span<const
   const BandWay limit = wayLimit.load(std::memory_order_acquire);
   if (limit == BandWay::LITERAL || !isJobBand(band, map, planes.size(), *settings, *coder)) return false;
   fast::BandState state = {};
-  if (!setCodes(*coder, state)) return false;
+  if (!setCodes(*coder, state) || !scansInOrder(band, planes.size(), settings)) return false;
 
   // Markers are written as everywhere else. The first one ends on a byte boundary.
   BlockWriter markers(MAP_JOB, output, capacity, settings, coder);
@@ -139,9 +154,6 @@ bool compressBandFast(const Band& band, const std::uint8_t* map, std::span<const
   settings->restartMcuCount = settings->restartInterval;
   markers.restartIfDue();
   *length = markers.finish();
-  for (std::uint32_t plane = 0; plane < planes.size(); ++plane) {
-    wicketSetPlanarZigZag(plane, static_cast<std::uint32_t>(plane == 0 ? band.width : band.width / 2), 1, 1, settings);
-  }
   return true;
 }
 

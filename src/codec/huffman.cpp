@@ -1,6 +1,7 @@
 #include "codec/huffman.h"
 
-#include <bit>
+#include <numeric>
+#include <span>
 
 namespace kesto {
 namespace {
@@ -10,24 +11,19 @@ constexpr std::uint32_t MAX_BITS_PER_CALL = 32 - MAX_PENDING_BITS;
 constexpr std::uint32_t MARKER_BITS = 16;
 constexpr int PAD_WORDS = 10;  // of 0xFFFF before a padded marker
 
-constexpr std::array<std::uint8_t, MAX_MAGNITUDE + 1> makeCategories() {
-  std::array<std::uint8_t, MAX_MAGNITUDE + 1> categories{};
-  for (std::uint32_t magnitude = 0; magnitude <= MAX_MAGNITUDE; ++magnitude) {
-    categories[magnitude] = static_cast<std::uint8_t>(std::bit_width(magnitude));
-  }
-  return categories;
-}
-
-constexpr std::array<std::uint8_t, MAX_MAGNITUDE + 1> CATEGORIES = makeCategories();
-static_assert(CATEGORIES[0] == 0 && CATEGORIES[1] == 1 && CATEGORIES[3] == 2 && CATEGORIES[4] == 3);
-static_assert(CATEGORIES[1023] == 10 && CATEGORIES[1024] == 11 && CATEGORIES[2047] == 11);
-
 constexpr HuffmanLists LUMA_SPECIFICATION = {huffmanLuminanceDCCodes, huffmanLuminanceDCCategory,
                                              huffmanLuminanceACCodes, huffmanLuminanceRSValues};
 constexpr HuffmanLists CHROMA_SPECIFICATION = {huffmanChromDCCodes, huffmanChromDCCategory, huffmanChromACCodes,
                                                huffmanChromRSValues};
 
+/// True when the counts ask for no more symbols than there are.
+bool isCovered(std::span<const std::uint32_t> counts, std::span<const std::uint32_t> symbols) {
+  return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}) <= symbols.size();
+}
+
 std::int32_t initializeTable(const HuffmanLists& lists, HuffmanCodeTable& table) {
+  if (!isCovered(lists.dcCounts, lists.dcSymbols)) return CODEC_INVALID_SYMBOL;
+  if (!isCovered(lists.acCounts, lists.acSymbols)) return CODEC_TOO_MANY_AC_CODES;
   return codecInitialize(lists.dcCounts.data(), lists.dcSymbols.data(), lists.acCounts.data(), lists.acSymbols.data(),
                          &table);
 }
@@ -99,7 +95,7 @@ std::int32_t writeACCode(std::uint32_t rs, bool isChroma, WicketCoder* coder) {
 }  // namespace
 
 void setHuffman(WicketCoder* coder) {
-  coder->category = CATEGORIES;
+  coder->category = MAGNITUDE_CATEGORIES;
   coder->lumaLists = LUMA_SPECIFICATION;
   coder->chromaLists = CHROMA_SPECIFICATION;
   coder->out = nullptr;
@@ -178,10 +174,10 @@ std::uint8_t queryByteStuffing(const WicketCoder* coder) {
 }
 
 std::int32_t restartMarker(WicketCoder* coder) {
-  const std::uint32_t number = static_cast<std::uint32_t>(coder->restartNumber) % RESTART_NUMBERS;
-  const std::int32_t status = writeMarker(MARKER_RESTART + number, 0, coder);
-  coder->restartNumber = static_cast<std::int32_t>((number + 1) % RESTART_NUMBERS);
-  return status;
+  constexpr std::int32_t LAST = RESTART_NUMBERS - 1;
+  const std::int32_t number = coder->restartNumber;
+  coder->restartNumber = number < LAST ? number + 1 : 0;
+  return writeMarker(MARKER_RESTART + static_cast<std::uint32_t>(number), 0, coder);
 }
 
 std::int32_t quantizationTableMarker(std::uint8_t select, WicketCoder* coder) {

@@ -14,6 +14,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -26,6 +27,15 @@ inline constexpr std::uint32_t MARKER_RESTART = 0xFFD0;
 inline constexpr std::uint32_t MARKER_TABLE_QUANTIZER = 0xFF2C;
 inline constexpr std::uint32_t MARKER_FLAT_QUANTIZER = 0xFF2B;
 inline constexpr std::uint32_t RESTART_NUMBERS = 8;
+
+/// The bit length of each magnitude.
+inline constexpr std::array<std::uint8_t, MAX_MAGNITUDE + 1> MAGNITUDE_CATEGORIES = [] {
+  std::array<std::uint8_t, MAX_MAGNITUDE + 1> categories{};
+  for (std::uint32_t magnitude = 0; magnitude <= MAX_MAGNITUDE; ++magnitude) {
+    categories[magnitude] = static_cast<std::uint8_t>(std::bit_width(magnitude));
+  }
+  return categories;
+}();
 
 /// Where the reading of a stream stands (huffmanreader.h). Compression never looks at it.
 struct SymbolReaderState {
@@ -40,7 +50,7 @@ struct SymbolReaderState {
 };
 
 struct WicketCoder {
-  std::array<std::uint8_t, MAX_MAGNITUDE + 1> category{};  // the bit length of each magnitude
+  std::array<std::uint8_t, MAX_MAGNITUDE + 1> category{};  // MAGNITUDE_CATEGORIES
   std::uint8_t* out = nullptr;                             // where the next byte goes
   std::uint32_t outCapacity = 0;
   std::uint32_t outCount = 0;
@@ -61,8 +71,8 @@ struct WicketCoder {
 /// stuffing off, restart number 0. The code tables stay as they are until `initialize`.
 void setHuffman(WicketCoder* coder);
 
-/// Makes both code tables stand for the coder's code lists. Returns 0, with tablesReady 2, or the first status
-/// of codecInitialize that is not 0.
+/// Makes both code tables anew from the coder's code lists. Returns 0, with tablesReady 2, or the first status of
+/// codecInitialize that is not 0.
 [[nodiscard]] std::int32_t initialize(WicketCoder* coder);
 
 /// Copies a whole code table into the coder, as its chroma table or its luma table. Returns 0, or

@@ -37,15 +37,23 @@ bool definedTwice(std::span<const HuffmanCode> codes) {
   return std::any_of(codes.begin(), codes.end(), [](const HuffmanCode& entry) { return entry.count > 1; });
 }
 
+/// How many codes the lists have.
+std::uint64_t totalOf(CodeCounts counts) {
+  return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
+}
+
+/// More codes than there are words of the longest length: no list of symbols belongs to such counts.
+bool isAbsurd(CodeCounts counts) {
+  return totalOf(counts) > std::uint64_t{1} << CODE_LENGTHS;
+}
+
 std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+  if (isAbsurd(counts)) return CODEC_INVALID_SYMBOL;
   table.dcCodes.fill(HuffmanCode{});
   const std::int32_t status =
       forEachCode(counts, [&](std::uint32_t position, std::uint32_t code, std::uint32_t length) -> std::int32_t {
-        // Of seventeen DC symbols one comes twice, so the list is never read further than the longest valid one.
-        if (position >= DC_SYMBOL_COUNT) return CODEC_INVALID_SYMBOL;
         const std::uint32_t symbol = symbols[position];
         if (symbol >= DC_SYMBOL_COUNT) return CODEC_DC_SYMBOL_RANGE;
-        table.source.dcSymbols[position] = symbol;
         defineCode(table.dcCodes[symbol], code, length);
         return CODEC_OK;
       });
@@ -54,17 +62,17 @@ std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, Hu
 }
 
 std::int32_t generateACCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+  if (isAbsurd(counts)) return CODEC_TOO_MANY_AC_CODES;
   table.acCodes.fill(HuffmanCode{});
   const std::int32_t status =
       forEachCode(counts, [&](std::uint32_t position, std::uint32_t code, std::uint32_t length) -> std::int32_t {
-        if (position >= AC_SYMBOL_COUNT) return CODEC_TOO_MANY_AC_CODES;
         const std::int32_t index = codecCodeIndex(symbols[position]);
         if (index < 0) return CODEC_INVALID_SYMBOL;
-        table.source.acSymbols[position] = symbols[position];
         defineCode(table.acCodes[static_cast<std::size_t>(index)], code, length);
         return CODEC_OK;
       });
   if (status != CODEC_OK) return status;
+  if (totalOf(counts) > AC_SYMBOL_COUNT) return CODEC_TOO_MANY_AC_CODES;
   return definedTwice(table.acCodes) ? CODEC_INVALID_SYMBOL : CODEC_OK;
 }
 
@@ -76,20 +84,6 @@ void recordACLengths(CodeCounts counts, HuffmanCodeTable& table) {
     code = (code + counts[i]) << 1;
     position += counts[i];
   }
-}
-
-/// True when `table` stands for the given code lists. The symbol lists are compared as far as the counts reach:
-/// a caller's list may be no longer than that.
-bool standsFor(const HuffmanCodeTable& table, CodeCounts dcCounts, const std::uint32_t* dcSymbols, CodeCounts acCounts,
-               const std::uint32_t* acSymbols) {
-  if (table.generated == 0) return false;
-  const HuffmanLists& source = table.source;
-  if (!std::equal(dcCounts.begin(), dcCounts.end(), source.dcCounts.begin())) return false;
-  if (!std::equal(acCounts.begin(), acCounts.end(), source.acCounts.begin())) return false;
-  const std::uint32_t dcTotal = std::accumulate(dcCounts.begin(), dcCounts.end(), std::uint32_t{0});
-  const std::uint32_t acTotal = std::accumulate(acCounts.begin(), acCounts.end(), std::uint32_t{0});
-  return std::equal(dcSymbols, dcSymbols + dcTotal, source.dcSymbols.begin()) &&
-         std::equal(acSymbols, acSymbols + acTotal, source.acSymbols.begin());
 }
 
 std::int32_t checkLists(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols, const std::uint32_t* acCounts,
@@ -120,8 +114,6 @@ std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32
   table->lookupsBuilt = 0;
   const CodeCounts dc(dcCounts, CODE_LENGTHS);
   const CodeCounts ac(acCounts, CODE_LENGTHS);
-  std::copy(dc.begin(), dc.end(), table->source.dcCounts.begin());
-  std::copy(ac.begin(), ac.end(), table->source.acCounts.begin());
   std::int32_t status = generateDCCodes(dc, dcSymbols, *table);
   if (status == CODEC_OK) status = generateACCodes(ac, acSymbols, *table);
   if (status != CODEC_OK) return status;
@@ -132,11 +124,6 @@ std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32
 
 std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                              const std::uint32_t* acCounts, const std::uint32_t* acSymbols, HuffmanCodeTable* table) {
-  const std::int32_t missing = checkLists(dcCounts, dcSymbols, acCounts, acSymbols, table);
-  if (missing != CODEC_OK) return missing;
-  if (standsFor(*table, CodeCounts(dcCounts, CODE_LENGTHS), dcSymbols, CodeCounts(acCounts, CODE_LENGTHS), acSymbols)) {
-    return CODEC_OK;
-  }
   return codecGenerateCodes(dcCounts, dcSymbols, acCounts, acSymbols, table);
 }
 

@@ -59,7 +59,6 @@ struct HuffmanCodeTable {
   std::array<HuffmanLookup, std::size_t{1} << 16> acLookup{};  // by 16 bits
   std::uint32_t generated = 0;                                 // 1: the codes stand
   std::uint32_t lookupsBuilt = 0;                              // 1: dcLookup and acLookup agree with the codes
-  HuffmanLists source{};                                       // what the codes were generated from
 };
 
 /// The code index of an AC symbol: 160 for EOB, 161 for ZRL, (size - 1) x 16 + run for sizes 1 to 10 and runs 0 to
@@ -84,16 +83,17 @@ struct HuffmanCodeTable {
 /// Generates the codes of the code lists into `table`: consecutive numbers within a length, doubled from one length
 /// to the next (T.81 Annex C).
 ///
-/// The counts have 16 entries; the symbol lists need as many as the counts add up to. Returns 0, or
-/// CODEC_NO_DC_COUNTS, CODEC_NO_AC_COUNTS, CODEC_NO_AC_SYMBOLS or CODEC_NULL_POINTER (DC symbols, table) for what is
-/// missing, CODEC_DC_SYMBOL_RANGE, CODEC_TOO_MANY_AC_CODES, or CODEC_INVALID_SYMBOL. The table is not usable then.
+/// The counts have 16 entries; the symbol lists need as many as the counts add up to, at most 65,536: counts beyond
+/// that are refused unread. Returns 0, or the first that applies of CODEC_NO_DC_COUNTS, CODEC_NO_AC_COUNTS,
+/// CODEC_NO_AC_SYMBOLS and CODEC_NULL_POINTER (DC symbols, table) for what is missing; CODEC_DC_SYMBOL_RANGE;
+/// CODEC_INVALID_SYMBOL for a DC size up to 11 that comes twice or an AC symbol that is none; CODEC_TOO_MANY_AC_CODES;
+/// CODEC_INVALID_SYMBOL for an AC symbol that comes twice. The table is not usable then.
 [[nodiscard]] std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                                               const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
                                               HuffmanCodeTable* table);
 
-/// Makes `table` ready for coding and decoding with code lists; results as codecGenerateCodes.
-///
-/// A table that already stands for the same code lists is left as it is, decoding lookups included.
+/// Makes `table` ready for coding and decoding with code lists, whatever it held before; results as codecGenerateCodes.
+/// The decoding lookups are built when they are first needed.
 [[nodiscard]] std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                                            const std::uint32_t* acCounts, const std::uint32_t* acSymbols,
                                            HuffmanCodeTable* table);

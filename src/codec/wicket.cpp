@@ -14,10 +14,10 @@ namespace kesto {
 namespace {
 
 std::int32_t checkInterleaved(const Band& band, std::int32_t capacity, const WicketSettings* settings) {
-  if (!isBand(band) || static_cast<std::int64_t>(band.pixels) * 3 > capacity) return CODEC_BAD_SIZE;
-  if (settings->sampleType == SAMPLE_TYPE_420) return CODEC_UNSUPPORTED;
+  if (static_cast<std::int64_t>(band.pixels) * 3 > capacity) return CODEC_BAD_SIZE;
   const ChromaSampling* sampling = findChromaSampling(settings->sampleType);
-  if (sampling == nullptr) return CODEC_UNSUPPORTED;
+  if (sampling == nullptr || sampling->type == SAMPLE_TYPE_420) return CODEC_UNSUPPORTED;
+  if (!isBand(band)) return CODEC_BAD_SIZE;
   if (!isMultiple(band, sampling->widthMultiple, sampling->heightMultiple)) return CODEC_BAD_SIZE;
   const bool splitsPair = sampling->horizontal == 2 && settings->restartInterval % 2 != 0;
   return splitsPair ? CODEC_ODD_RESTART_INTERVAL : CODEC_OK;
@@ -53,7 +53,7 @@ PlaneResult compressOnePlane(const Plane& plane, const Band& band, std::int32_t 
   if (status != CODEC_OK) return {status, CODEC_OK};
   BlockWriter writer(plane.map[0], output, capacity, settings, coder);
   const std::int32_t columns = plane.width / BLOCK_SIDE;
-  const std::int32_t blocks = columns * (plane.height / BLOCK_SIDE);
+  const std::int32_t blocks = columns * (band.blockRows() / plane.sampling->vertical);
   for (std::int32_t b = 0; b < blocks && writer.status() == CODEC_OK; ++b) {
     writer.beginBlock(plane.map[b]);
     writer.writeBlock(plane, b / columns, b % columns);

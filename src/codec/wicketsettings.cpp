@@ -139,8 +139,7 @@ void setPlanarZigZag(std::uint32_t plane, std::uint32_t width, std::uint32_t hor
   cache.verticalKey[plane] = vertical;
   const auto planeWidth = static_cast<std::int32_t>(width / horizontal);
   for (std::size_t k = 0; k < BLOCK_SIZE; ++k) {
-    const std::int32_t natural = s_aiZigZagSequence[k];
-    settings->planarZigZag[plane][k] = natural / 8 * (planeWidth - 8) + natural;
+    settings->planarZigZag[plane][k] = scanOffset(k, planeWidth);
   }
 }
 

@@ -92,6 +92,13 @@ std::uint8_t wicketSetByteStuffing(WicketCoder* coder);
 std::uint8_t wicketClearByteStuffing(WicketCoder* coder);
 [[nodiscard]] std::uint8_t wicketQueryByteStuffing(const WicketCoder* coder);
 
+/// Where the coefficient at zigzag position `k` lies behind its block's first one, in a plane of `planeWidth` samples
+/// per line.
+[[nodiscard]] constexpr std::int32_t scanOffset(std::size_t k, std::int32_t planeWidth) {
+  const std::int32_t natural = s_aiZigZagSequence[k];
+  return natural / 8 * (planeWidth - 8) + natural;
+}
+
 /// Builds the scan table of plane 0 to 2 for planes of `planeWidth` samples per line, unless it stands already. Other
 /// plane numbers change nothing. The sampling factors are not used: the width is the plane's own.
 void wicketSetPlanarZigZag(std::uint32_t plane, std::uint32_t planeWidth, std::uint32_t horizontal,

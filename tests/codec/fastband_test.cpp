@@ -204,7 +204,9 @@ TEST(FastBand, IsForTheBandsOfJobsOnly) {
   EXPECT_FALSE(takes([](BandCoder& c) { setSampleType(SAMPLE_TYPE_444, c.settings.get()); }, 3));
   EXPECT_FALSE(takes([](BandCoder& c) { clearUseDeltaDC(c.settings.get()); }, 3));
   EXPECT_FALSE(takes([](BandCoder& c) { c.settings->quantScale = 9; }, 3));
-  EXPECT_FALSE(takes([](BandCoder& c) { c.settings->chromaQuant[5] = 0; }, 3));
+  EXPECT_FALSE(takes([](BandCoder& c) { c.coder->bitCount = 3; }, 3));
+  EXPECT_FALSE(takes([](BandCoder& c) { c.coder->category[9] = 3; }, 3));
+  EXPECT_FALSE(takes([](BandCoder& c) { c.coder->lumaCodes.dcCodes[3].code |= 0x80; }, 3));
   EXPECT_FALSE(takes([](BandCoder& c) { setRestartInterval(0, c.settings.get()); }, 3));
   EXPECT_FALSE(takes([](BandCoder& c) { c.settings->restartMcuCount = 1; }, 3));
   EXPECT_FALSE(takes([](BandCoder& c) { clearByteStuffing(c.coder.get()); }, 3));
@@ -213,7 +215,16 @@ TEST(FastBand, IsForTheBandsOfJobsOnly) {
 #endif
 
 TEST(FastBand, AgreesWithOtherTablesAndPaddedMarkers) {
+  const auto spoiltScan = [](BandCoder& c) {
+    wicketSetPlanarZigZag(1, 32, 1, 1, c.settings.get());
+    std::swap(c.settings->planarZigZag[1][2], c.settings->planarZigZag[1][40]);
+  };
+  const auto pendingBits = [](BandCoder& c) { static_cast<void>(outputBits(5, 3, c.coder.get())); };
+  const auto restartNine = [](BandCoder& c) { c.coder->restartNumber = 9; };
   for (const Picture& picture : picturesOf(64, 3)) {
+    for (const Change& change : std::initializer_list<Change>{spoiltScan, pendingBits, restartNine}) {
+      expectSame(picture, 1, 4 * picture.pixels() + AMPLE, change);
+    }
     const auto chromaForLuma = [](BandCoder& c) {
       const HuffmanCodeTable table = c.coder->chromaCodes;
       setHuffmanCodec(&table, false, c.coder.get());

@@ -143,7 +143,10 @@ TEST(Huffman, StuffsDataButNotMarkers) {
 TEST(Huffman, CountsRestartMarkersModuloEight) {
   Writer writer;
   for (int i = 0; i < 9; ++i) restartMarker(writer.coder());
-  EXPECT_EQ(writer.finished(), "FF D0 FF D1 FF D2 FF D3 FF D4 FF D5 FF D6 FF D7 FF D0");
+  writer.coder()->restartNumber = 9;  // whatever number was set is written
+  restartMarker(writer.coder());
+  EXPECT_EQ(writer.coder()->restartNumber, 0);
+  EXPECT_EQ(writer.finished(), "FF D0 FF D1 FF D2 FF D3 FF D4 FF D5 FF D6 FF D7 FF D0 FF D9");
 }
 
 TEST(Huffman, PadsAQuantiserMarkerWithTwentyBytes) {
@@ -238,7 +241,8 @@ TEST(HuffmanCodec, GeneratesOnlyTheCodesOfItsLists) {
   EXPECT_EQ(codecACCode(0x21, nullptr, &length, small.table.get()), CODEC_NO_CODE_POINTER);
   EXPECT_EQ(codecDCCode(3, &code, nullptr, small.table.get()), CODEC_NO_CODE_LENGTH_POINTER);
 
-  small.acSymbols[1] = 0x31;  // the same counts with another symbol is another table
+  small.table->dcCodes[3].code = 7;  // whatever has been spoilt is made anew
+  small.acSymbols[1] = 0x31;
   EXPECT_EQ(small.run(), 0);
   EXPECT_EQ(tableText(*small.table), "DC 3 1 0\nDC 5 2 10\nAC 0/0 2 00\nAC 3/1 2 01\n");
 
@@ -258,6 +262,23 @@ TEST(HuffmanCodec, RefusesListsThatContradictThemselves) {
   EXPECT_EQ(spoilt([](Generation& g) { g.dcSymbols[0] = 5; }), CODEC_INVALID_SYMBOL);
   EXPECT_EQ(spoilt([](Generation& g) { g.acSymbols[1] = 0x00; }), CODEC_INVALID_SYMBOL);
   EXPECT_EQ(spoilt([](Generation& g) { g.acSymbols[1] = 0x2B; }), CODEC_INVALID_SYMBOL);
+
+  // The DC list is judged first, then each AC symbol, then how many they are, then whether one comes twice.
+  EXPECT_EQ(spoilt([](Generation& g) {
+              g.dcSymbols[0] = 5;
+              g.acSymbols[1] = 0x2B;
+            }),
+            CODEC_INVALID_SYMBOL);
+  std::vector<std::uint32_t> manySymbols(163, 0x11);
+  Generation many;
+  many.acCounts = {0, 0, 0, 0, 0, 0, 0, 163};
+  const auto runMany = [&] {
+    return codecInitialize(many.dcCounts.data(), many.dcSymbols.data(), many.acCounts.data(), manySymbols.data(),
+                           many.table.get());
+  };
+  EXPECT_EQ(runMany(), CODEC_TOO_MANY_AC_CODES);
+  manySymbols.back() = 0x0F;
+  EXPECT_EQ(runMany(), CODEC_INVALID_SYMBOL);
 
   Generation endless;
   std::array<std::uint32_t, 162> everySymbol{};

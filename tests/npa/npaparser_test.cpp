@@ -19,7 +19,8 @@ using test::Bytes;
 using test::unhex;
 using printer::operator+;
 
-/// The alerts of a response, which lies in the storage that is promised to the parser and no more; freed with the object.
+/// The alerts of a response, which lies in the storage that is promised to the parser and no more; freed with the
+/// object.
 class Alerts {
  public:
   explicit Alerts(Bytes response) {
