@@ -11,11 +11,6 @@ constexpr std::uint32_t MAX_BITS_PER_CALL = 32 - MAX_PENDING_BITS;
 constexpr std::uint32_t MARKER_BITS = 16;
 constexpr int PAD_WORDS = 10;  // of 0xFFFF before a padded marker
 
-constexpr HuffmanLists LUMA_SPECIFICATION = {huffmanLuminanceDCCodes, huffmanLuminanceDCCategory,
-                                             huffmanLuminanceACCodes, huffmanLuminanceRSValues};
-constexpr HuffmanLists CHROMA_SPECIFICATION = {huffmanChromDCCodes, huffmanChromDCCategory, huffmanChromACCodes,
-                                               huffmanChromRSValues};
-
 /// True when the counts ask for no more symbols than there are.
 bool isCovered(std::span<const std::uint32_t> counts, std::span<const std::uint32_t> symbols) {
   return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}) <= symbols.size();

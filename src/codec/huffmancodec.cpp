@@ -12,7 +12,7 @@ using CodeCounts = std::span<const std::uint32_t, CODE_LENGTHS>;
 /// Walks the codes of code lists in order and hands (symbol's position, code, length) to `define`, which ends
 /// the walk by returning a status other than 0.
 template <class Define>
-std::int32_t forEachCode(CodeCounts counts, Define define) {
+constexpr std::int32_t forEachCode(CodeCounts counts, Define define) {
   std::uint32_t code = 0;
   std::uint32_t position = 0;
   for (std::uint32_t length = 1; length <= CODE_LENGTHS; ++length) {
@@ -27,27 +27,27 @@ std::int32_t forEachCode(CodeCounts counts, Define define) {
   return CODEC_OK;
 }
 
-void defineCode(HuffmanCode& entry, std::uint32_t code, std::uint32_t length) {
+constexpr void defineCode(HuffmanCode& entry, std::uint32_t code, std::uint32_t length) {
   entry.code = code;
   entry.length = length;
   ++entry.count;
 }
 
-bool definedTwice(std::span<const HuffmanCode> codes) {
+constexpr bool definedTwice(std::span<const HuffmanCode> codes) {
   return std::any_of(codes.begin(), codes.end(), [](const HuffmanCode& entry) { return entry.count > 1; });
 }
 
 /// How many codes the lists have.
-std::uint64_t totalOf(CodeCounts counts) {
+constexpr std::uint64_t totalOf(CodeCounts counts) {
   return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
 }
 
 /// More codes than there are words of the longest length: no list of symbols belongs to such counts.
-bool isAbsurd(CodeCounts counts) {
+constexpr bool isAbsurd(CodeCounts counts) {
   return totalOf(counts) > std::uint64_t{1} << CODE_LENGTHS;
 }
 
-std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+constexpr std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodes& table) {
   if (isAbsurd(counts)) return CODEC_INVALID_SYMBOL;
   table.dcCodes.fill(HuffmanCode{});
   const std::int32_t status =
@@ -61,7 +61,7 @@ std::int32_t generateDCCodes(CodeCounts counts, const std::uint32_t* symbols, Hu
   return definedTwice(std::span(table.dcCodes).first<BASELINE_DC_CODES>()) ? CODEC_INVALID_SYMBOL : CODEC_OK;
 }
 
-std::int32_t generateACCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodeTable& table) {
+constexpr std::int32_t generateACCodes(CodeCounts counts, const std::uint32_t* symbols, HuffmanCodes& table) {
   if (isAbsurd(counts)) return CODEC_TOO_MANY_AC_CODES;
   table.acCodes.fill(HuffmanCode{});
   const std::int32_t status =
@@ -76,7 +76,7 @@ std::int32_t generateACCodes(CodeCounts counts, const std::uint32_t* symbols, Hu
   return definedTwice(table.acCodes) ? CODEC_INVALID_SYMBOL : CODEC_OK;
 }
 
-void recordACLengths(CodeCounts counts, HuffmanCodeTable& table) {
+constexpr void recordACLengths(CodeCounts counts, HuffmanCodes& table) {
   std::uint32_t code = 0;
   std::uint32_t position = 0;
   for (std::size_t i = 0; i < CODE_LENGTHS; ++i) {
@@ -85,6 +85,34 @@ void recordACLengths(CodeCounts counts, HuffmanCodeTable& table) {
     position += counts[i];
   }
 }
+
+constexpr std::int32_t generate(CodeCounts dcCounts, const std::uint32_t* dcSymbols, CodeCounts acCounts,
+                                const std::uint32_t* acSymbols, HuffmanCodes& codes) {
+  std::int32_t status = generateDCCodes(dcCounts, dcSymbols, codes);
+  if (status == CODEC_OK) status = generateACCodes(acCounts, acSymbols, codes);
+  if (status == CODEC_OK) recordACLengths(acCounts, codes);
+  return status;
+}
+
+/// Code lists and what is generated from them. Every band begins with the two standard ones, whose codes would
+/// otherwise take a tenth of its time.
+struct MadeCodes {
+  HuffmanLists lists;
+  HuffmanCodes codes;
+
+  constexpr explicit MadeCodes(const HuffmanLists& from) : lists(from) {
+    generate(lists.dcCounts, lists.dcSymbols.data(), lists.acCounts, lists.acSymbols.data(), codes);
+  }
+
+  /// Whether these are the lists. Symbols are compared only where the counts are equal, so that they are there.
+  [[nodiscard]] bool isMadeFrom(CodeCounts dcCounts, const std::uint32_t* dcSymbols, CodeCounts acCounts,
+                                const std::uint32_t* acSymbols) const {
+    return std::ranges::equal(dcCounts, lists.dcCounts) && std::ranges::equal(acCounts, lists.acCounts) &&
+           std::equal(dcSymbols, dcSymbols + totalOf(dcCounts), lists.dcSymbols.begin()) &&
+           std::equal(acSymbols, acSymbols + totalOf(acCounts), lists.acSymbols.begin());
+  }
+};
+constexpr std::array STANDARD_CODES = {MadeCodes(LUMA_SPECIFICATION), MadeCodes(CHROMA_SPECIFICATION)};
 
 std::int32_t checkLists(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols, const std::uint32_t* acCounts,
                         const std::uint32_t* acSymbols, const HuffmanCodeTable* table) {
@@ -114,16 +142,26 @@ std::int32_t codecGenerateCodes(const std::uint32_t* dcCounts, const std::uint32
   table->lookupsBuilt = 0;
   const CodeCounts dc(dcCounts, CODE_LENGTHS);
   const CodeCounts ac(acCounts, CODE_LENGTHS);
-  std::int32_t status = generateDCCodes(dc, dcSymbols, *table);
-  if (status == CODEC_OK) status = generateACCodes(ac, acSymbols, *table);
+  const std::int32_t status = generate(dc, dcSymbols, ac, acSymbols, *table);
   if (status != CODEC_OK) return status;
-  recordACLengths(ac, *table);
   table->generated = 1;
   return CODEC_OK;
 }
 
 std::int32_t codecInitialize(const std::uint32_t* dcCounts, const std::uint32_t* dcSymbols,
                              const std::uint32_t* acCounts, const std::uint32_t* acSymbols, HuffmanCodeTable* table) {
+  const std::int32_t missing = checkLists(dcCounts, dcSymbols, acCounts, acSymbols, table);
+  if (missing != CODEC_OK) return missing;
+  for (const MadeCodes& made : STANDARD_CODES) {
+    if (!made.isMadeFrom(CodeCounts(dcCounts, CODE_LENGTHS), dcSymbols, CodeCounts(acCounts, CODE_LENGTHS),
+                         acSymbols)) {
+      continue;
+    }
+    static_cast<HuffmanCodes&>(*table) = made.codes;
+    table->generated = 1;
+    table->lookupsBuilt = 0;
+    return CODEC_OK;
+  }
   return codecGenerateCodes(dcCounts, dcSymbols, acCounts, acSymbols, table);
 }
 

@@ -29,6 +29,12 @@ struct HuffmanLists {
   std::array<std::uint32_t, AC_SYMBOL_COUNT> acSymbols{};
 };
 
+/// The standard code lists (T.81 Annex K).
+inline constexpr HuffmanLists LUMA_SPECIFICATION = {huffmanLuminanceDCCodes, huffmanLuminanceDCCategory,
+                                                    huffmanLuminanceACCodes, huffmanLuminanceRSValues};
+inline constexpr HuffmanLists CHROMA_SPECIFICATION = {huffmanChromDCCodes, huffmanChromDCCategory, huffmanChromACCodes,
+                                                      huffmanChromRSValues};
+
 /// One code, in the low `length` bits of `code`. `count` is how often the code lists defined it: 0 means no code.
 struct HuffmanCode {
   std::uint32_t code = 0;
@@ -51,10 +57,14 @@ struct HuffmanLookup {
 
 inline constexpr std::uint8_t NO_SHORT_DC_CODE = 0xFF;
 
-struct HuffmanCodeTable {
-  std::array<HuffmanCode, DC_SYMBOL_COUNT> dcCodes{};          // by DC symbol
-  std::array<HuffmanCode, AC_SYMBOL_COUNT> acCodes{};          // by code index
-  std::array<HuffmanLengthRange, CODE_LENGTHS> acLengths{};    // by length - 1
+/// What is generated from code lists.
+struct HuffmanCodes {
+  std::array<HuffmanCode, DC_SYMBOL_COUNT> dcCodes{};        // by DC symbol
+  std::array<HuffmanCode, AC_SYMBOL_COUNT> acCodes{};        // by code index
+  std::array<HuffmanLengthRange, CODE_LENGTHS> acLengths{};  // by length - 1
+};
+
+struct HuffmanCodeTable : HuffmanCodes {
   std::array<std::uint8_t, std::size_t{1} << 8> dcLookup{};    // by 8 bits; NO_SHORT_DC_CODE: the code is longer
   std::array<HuffmanLookup, std::size_t{1} << 16> acLookup{};  // by 16 bits
   std::uint32_t generated = 0;                                 // 1: the codes stand
