@@ -1,5 +1,10 @@
 #include "kestoprinter/alertpanel.h"
 
+#include <array>
+#include <cstdio>
+
+#include <unistd.h>
+
 namespace kesto::printer {
 namespace {
 
@@ -45,6 +50,24 @@ unsigned char AlertPanel::mask() const {
   unsigned char mask = 0;
   for (const PanelAlert& alert : alerts_) mask |= alert.isError ? 0x01 : 0x02;
   return mask;
+}
+
+void PanelInput::read(AlertPanel& panel) {
+  std::array<char, 4096> text;
+  const ssize_t got = ::read(descriptor_, text.data(), text.size());
+  if (got <= 0) {
+    descriptor_ = -1;
+    return;
+  }
+  text_.append(text.data(), static_cast<std::size_t>(got));
+  for (std::size_t end = 0; (end = text_.find('\n')) != std::string::npos; text_.erase(0, end + 1)) {
+    obeyOrComplain(panel, std::string_view(text_).substr(0, end));
+  }
+}
+
+void obeyOrComplain(AlertPanel& panel, std::string_view line) {
+  const std::string complaint = panel.obey(line);
+  if (!complaint.empty()) std::fprintf(stderr, "kestoprinter: %s\n", complaint.c_str());
 }
 
 }  // namespace kesto::printer

@@ -27,4 +27,24 @@ class AlertPanel {
   std::vector<PanelAlert> alerts_;
 };
 
+/// Lines for the panel that come from a descriptor.
+class PanelInput {
+ public:
+  /// -1 for none.
+  explicit PanelInput(int descriptor) : descriptor_(descriptor) {}
+
+  /// What is to be waited for; -1 once it has ended.
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  /// Reads what has come and has the panel obey its whole lines; complaints go to standard error.
+  void read(AlertPanel& panel);
+
+ private:
+  int descriptor_;
+  std::string text_;
+};
+
+/// Has the panel obey a line; a complaint goes to standard error.
+void obeyOrComplain(AlertPanel& panel, std::string_view line);
+
 }  // namespace kesto::printer

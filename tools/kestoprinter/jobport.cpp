@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <span>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -18,6 +17,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds SLICE{50};  ///< a slow job is taken in slices of this time
 constexpr milliseconds IDLE{1000};
 
+}  // namespace
+
 bool writeAll(int file, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(file, bytes.data(), bytes.size());
@@ -28,7 +29,12 @@ bool writeAll(int file, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-}  // namespace
+int makeJobFile(const std::string& folder, int number, std::string& name) {
+  std::array<char, 32> file = {};
+  std::snprintf(file.data(), file.size(), "/job-%04d.prn", number);
+  name = folder + file.data();
+  return open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+}
 
 JobPort::~JobPort() {
   for (Connection& connection : connections_) finish(connection, false);
@@ -38,10 +44,7 @@ void JobPort::accept(int listener) {
   const int descriptor = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
   if (descriptor < 0) return;
   Connection connection{.number = ++count_, .descriptor = descriptor, .file = -1, .name = {}};
-  std::array<char, 32> name = {};
-  std::snprintf(name.data(), name.size(), "/job-%04d.prn", connection.number);
-  connection.name = behaviour_.folder + name.data();
-  connection.file = open(connection.name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  connection.file = makeJobFile(behaviour_.folder, connection.number, connection.name);
   if (connection.file < 0) {
     std::perror(connection.name.c_str());
     close(descriptor);

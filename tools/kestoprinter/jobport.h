@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <span>
 #include <string>
 
 namespace kesto::printer {
@@ -22,6 +23,12 @@ struct KeptJob {
   std::uint64_t bytes;
   bool complete;  ///< the sender closed it, not the printer or an error
 };
+
+/// Writes all of `bytes`; false, with errno set, when that fails.
+[[nodiscard]] bool writeAll(int file, std::span<const std::uint8_t> bytes);
+
+/// Makes the file of job `number` in a folder; its descriptor, or -1 with errno set. `name` becomes its path.
+[[nodiscard]] int makeJobFile(const std::string& folder, int number, std::string& name);
 
 class JobPort {
  public:

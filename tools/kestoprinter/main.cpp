@@ -1,10 +1,11 @@
-// kestoprinter: a printer for people who have none at hand, and for tests. Listens for jobs on a TCP port and for
-// status requests on a UDP port; shows alerts that its command line or its standard input name.
-#include <array>
+// kestoprinter: a printer for people who have none at hand, and for tests. On the network it listens for jobs on a TCP
+// port and for status requests on a UDP port; on USB it runs a filter, or is run by the spooler as a backend. It shows
+// alerts that its command line, its standard input or its device URI name.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <deque>
 #include <map>
 #include <stdexcept>
@@ -23,6 +24,7 @@
 #include "kestoprinter/alertpanel.h"
 #include "kestoprinter/jobport.h"
 #include "kestoprinter/statusport.h"
+#include "kestoprinter/usbjob.h"
 
 namespace {
 
@@ -38,33 +40,50 @@ struct Settings {
   int maxJobs = 0;
   JobBehaviour jobs;
   StatusBehaviour status;
+  UsbBehaviour usb;
+  std::vector<std::string> filter;  ///< the USB printer's program with its arguments
   std::vector<std::string> errors, warnings;
 };
 
-/// The command line; what it does not settle is the printer's default.
-void addOptions(CLI::App& app, Settings& settings, unsigned& delay) {
+void addTime(CLI::App& app, const std::string& name, std::chrono::milliseconds& time, const std::string& text) {
+  app.add_option_function<unsigned>(
+      name, [&time](unsigned value) { time = std::chrono::milliseconds(value); }, text);
+}
+
+/// What both faces of the printer have; what the command line does not settle is the printer's default.
+void addCommonOptions(CLI::App& app, Settings& settings) {
   const std::map<std::string, Fault> faults = {{"silent", Fault::SILENT},
                                                {"garbage", Fault::GARBAGE},
                                                {"truncated", Fault::TRUNCATED},
                                                {"oversized", Fault::OVERSIZED},
                                                {"wrong-id", Fault::WRONG_ID}};
-  app.add_option("-a,--address", settings.address, "IPv4 address to listen on")->capture_default_str();
-  app.add_option("-p,--port", settings.port, "TCP port for jobs")->capture_default_str();
-  app.add_option("-s,--status-port", settings.statusPort, "UDP port for status requests")->capture_default_str();
   app.add_option("-o,--output", settings.jobs.folder, "folder in which jobs are kept")
       ->capture_default_str()
       ->check(CLI::ExistingDirectory);
-  app.add_option("-n,--jobs", settings.maxJobs, "end after so many jobs");
   app.add_option("--error", settings.errors, "show an error with this text (may be repeated)");
   app.add_option("--warning", settings.warnings, "show a warning with this text (may be repeated)");
   app.add_option("--packets", settings.status.packets, "answer alert requests in so many packets")
       ->check(CLI::Range(1, 64));
-  app.add_option("--delay", delay, "wait so many milliseconds before each answer");
+  addTime(app, "--delay", settings.status.delay, "wait so many milliseconds before each answer");
   app.add_option("--fault", settings.status.fault, "answer status requests badly")
       ->transform(CLI::CheckedTransformer(faults))
       ->option_text("silent|garbage|truncated|oversized|wrong-id");
+}
+
+void addNetworkOptions(CLI::App& app, Settings& settings) {
+  app.add_option("-a,--address", settings.address, "IPv4 address to listen on")->capture_default_str();
+  app.add_option("-p,--port", settings.port, "TCP port for jobs")->capture_default_str();
+  app.add_option("-s,--status-port", settings.statusPort, "UDP port for status requests")->capture_default_str();
+  app.add_option("-n,--jobs", settings.maxJobs, "end after so many jobs");
   app.add_option("--slow", settings.jobs.bytesPerSecond, "take jobs at so many bytes a second");
   app.add_option("--close-after", settings.jobs.closeAfter, "close a job's connection after so many bytes");
+}
+
+void addUsbOptions(CLI::App& app, Settings& settings) {
+  app.add_option("--piece", settings.usb.piece, "send answers in pieces of so many bytes")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  addTime(app, "--gap", settings.usb.gap, "wait so many milliseconds between two pieces");
 }
 
 /// A socket of `type` bound to the address and port.
@@ -85,6 +104,11 @@ int bindSocket(int type, const std::string& address, std::uint16_t port) {
   return descriptor;
 }
 
+void showAlerts(AlertPanel& panel, const Settings& settings) {
+  for (const std::string& text : settings.errors) obeyOrComplain(panel, "alert error " + text);
+  for (const std::string& text : settings.warnings) obeyOrComplain(panel, "alert warning " + text);
+}
+
 /// The running printer: both ports, the panel, and answers that wait for their time.
 class Printer {
  public:
@@ -94,8 +118,7 @@ class Printer {
         status_(settings.status),
         jobListener_(bindSocket(SOCK_STREAM, settings.address, settings.port)),
         statusSocket_(bindSocket(SOCK_DGRAM, settings.address, settings.statusPort)) {
-    for (const std::string& text : settings.errors) obey("alert error " + text);
-    for (const std::string& text : settings.warnings) obey("alert warning " + text);
+    showAlerts(panel_, settings);
     std::printf("listening on %s, jobs on port %d, status on port %d\n", settings.address.c_str(), settings.port,
                 settings.statusPort);
   }
@@ -124,13 +147,14 @@ class Printer {
   };
 
   void waitForInput(Clock::time_point next) {
-    std::vector<pollfd> inputs = {{jobListener_, POLLIN, 0}, {statusSocket_, POLLIN, 0}, {commands_, POLLIN, 0}};
+    std::vector<pollfd> inputs = {
+        {jobListener_, POLLIN, 0}, {statusSocket_, POLLIN, 0}, {commands_.descriptor(), POLLIN, 0}};
     jobs_.forEachReading([&](int descriptor) { inputs.push_back({descriptor, POLLIN, 0}); });
     const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(next - Clock::now()).count();
     if (poll(inputs.data(), inputs.size(), static_cast<int>(std::max<std::int64_t>(wait, 1))) <= 0) return;
     if (inputs[0].revents != 0) jobs_.accept(jobListener_);
     if (inputs[1].revents != 0) takeRequest();
-    if (inputs[2].revents != 0) readCommands();
+    if (inputs[2].revents != 0) commands_.read(panel_);
   }
 
   void takeRequest() {
@@ -158,24 +182,6 @@ class Printer {
     return due_.empty() ? Clock::time_point::max() : due_.front().time;
   }
 
-  void readCommands() {
-    std::array<char, 4096> text;
-    const ssize_t got = read(commands_, text.data(), text.size());
-    if (got <= 0) {
-      commands_ = -1;
-      return;
-    }
-    commandText_.append(text.data(), static_cast<std::size_t>(got));
-    for (std::size_t end = 0; (end = commandText_.find('\n')) != std::string::npos; commandText_.erase(0, end + 1)) {
-      obey(commandText_.substr(0, end));
-    }
-  }
-
-  void obey(const std::string& line) {
-    const std::string complaint = panel_.obey(line);
-    if (!complaint.empty()) std::fprintf(stderr, "kestoprinter: %s\n", complaint.c_str());
-  }
-
   void jobIsOver(const KeptJob& job) {
     ++finishedJobs_;
     std::printf("job %d: %llu bytes in %s%s\n", job.number, static_cast<unsigned long long>(job.bytes),
@@ -187,32 +193,73 @@ class Printer {
   JobPort jobs_;
   StatusPort status_;
   int jobListener_, statusSocket_;
-  int commands_ = STDIN_FILENO;  ///< -1 once it has ended
-  std::string commandText_;
+  PanelInput commands_{STDIN_FILENO};
   std::deque<DueAnswer> due_;
   int finishedJobs_ = 0;
 };
 
+bool isEnded() {
+  return ended;
+}
+
+int printOnUsb(const Settings& settings) {
+  UsbPrinter printer(settings.status, settings.usb);
+  showAlerts(printer.panel(), settings);
+  return printFilter(printer, settings.filter, {.folder = settings.jobs.folder, .ended = isEnded});
+}
+
+/// The spooler's backend: without arguments it lists its device, with those of a job it prints.
+int runBackend(int argc, char* argv[]) {
+  enum Argument { PROGRAM, JOB_ID, USER, TITLE, COPIES, OPTIONS, FILE_NAME };
+  if (argc <= OPTIONS) {
+    std::puts(
+        R"(direct usb://Kesto/Page "Kesto Page" "Kesto virtual USB printer" "MFG:Kesto;MDL:Page;CMD:PJL,PCLXL;" "")");
+    return 0;
+  }
+  Settings settings;
+  CLI::App app("The virtual printer as a backend; its options come with the device URI.", "usb");
+  addCommonOptions(app, settings);
+  addUsbOptions(app, settings);
+  const char* uri = std::getenv("DEVICE_URI");  // NOLINT(concurrency-mt-unsafe): one thread
+  std::vector<std::string> options = optionsOf(uri != nullptr ? uri : "");
+  std::ranges::reverse(options);  // the parser takes the last one first
+  app.parse(options);
+  UsbPrinter printer(settings.status, settings.usb);
+  showAlerts(printer.panel(), settings);
+  printBackend(printer, argc > FILE_NAME ? argv[FILE_NAME] : "",
+               {.folder = settings.jobs.folder, .number = std::atoi(argv[JOB_ID]), .ended = isEnded});
+  return 0;
+}
+
+int runProgram(int argc, char* argv[]) {
+  if (std::string_view name = argv[0]; name.substr(name.rfind('/') + 1) == "usb") return runBackend(argc, argv);
+  CLI::App app("A virtual printer: keeps the jobs that are sent to it, and answers status requests.", "kestoprinter");
+  Settings settings;
+  addCommonOptions(app, settings);
+  addNetworkOptions(app, settings);
+  CLI::App* usb = app.add_subcommand("usb", "runs a filter as a USB printer: usb [options] -- PROGRAM ARGUMENT...");
+  usb->fallthrough();
+  addUsbOptions(*usb, settings);
+  usb->add_option("command", settings.filter, "the filter and its arguments")->required();
+  CLI11_PARSE(app, argc, argv);
+  if (usb->parsed()) return printOnUsb(settings);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  Printer(settings).run();
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  CLI::App app("A virtual printer: keeps the jobs that are sent to it, and answers status requests.", "kestoprinter");
-  Settings settings;
-  unsigned delay = 0;
-  addOptions(app, settings, delay);
-  CLI11_PARSE(app, argc, argv);
-  settings.status.delay = std::chrono::milliseconds(delay);
-
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   struct sigaction action = {};
   action.sa_handler = [](int) { ended = true; };
   sigaction(SIGTERM, &action, nullptr);
   sigaction(SIGINT, &action, nullptr);
+  signal(SIGPIPE, SIG_IGN);
   try {
-    Printer(settings).run();
+    return runProgram(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "kestoprinter: %s\n", error.what());
     return 1;
   }
-  return 0;
 }

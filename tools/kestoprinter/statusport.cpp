@@ -7,6 +7,7 @@ namespace {
 
 // Where a request's packet stands behind the network header, and where the packet's fields are.
 constexpr std::size_t NETWORK_HEADER_SIZE = 8;
+constexpr std::size_t ANSWER_HEADER_SIZE = 12;  ///< in a datagram that answers
 constexpr std::size_t CLASS = 4, COMMAND = 5, CATEGORY = 6, MASK = 10;
 constexpr std::uint8_t ALERTS = 3, REGISTRATION = 7;
 constexpr std::uint8_t OIR_CLASS = 0x04, OIR_COMMAND = 0x06;
@@ -14,13 +15,13 @@ constexpr std::uint8_t OIR_CLASS = 0x04, OIR_COMMAND = 0x06;
 /// The conditions that an OIR answer tells of, for alerts of any text: "Device", "Maintenance".
 constexpr std::uint8_t OIR_COMPONENT = 7, OIR_CONDITION = 21;
 
-/// The printer's word that a request has come, a packet that the asking side steps over.
+/// The printer's word that a request has come, which the asking side steps over.
 Bytes acknowledgement() {
-  return answerDatagram({{0xA5, 0x00, 0x04, 0x50, 0xEF, 0x73, 0x00}});
+  return {0xA5, 0x00, 0x04, 0x50, 0xEF, 0x73, 0x00};
 }
 
 Bytes registrationAnswer() {
-  return answerDatagram({{0xA5, 0x00, 0x05, 0x50, 0xE0, 0x73, REGISTRATION, 0x00}});
+  return {0xA5, 0x00, 0x05, 0x50, 0xE0, 0x73, REGISTRATION, 0x00};
 }
 
 Bytes oirAnswer(const AlertPanel& panel) {
@@ -39,15 +40,28 @@ std::vector<Bytes> StatusPort::answer(std::span<const std::uint8_t> request, con
   if (packet[CLASS] == OIR_CLASS && packet[COMMAND] == OIR_COMMAND) {
     ++counts_.oirPolls;
     datagrams.push_back(oirAnswer(panel));
-  } else if (packet.size() > MASK && packet[CATEGORY] == REGISTRATION) {
-    ++(packet[MASK] != 0 ? counts_.registered : counts_.unregistered);
-    datagrams.push_back(registrationAnswer());
-  } else if (packet.size() > MASK && packet[CATEGORY] == ALERTS) {
-    ++counts_.polls;
-    datagrams = alertAnswer(panel);
+  } else {
+    for (const Bytes& answer : rightPackets(packet, panel)) datagrams.push_back(answerDatagram({answer}));
   }
-  damage(datagrams);
+  damage(datagrams, ANSWER_HEADER_SIZE);
   return datagrams;
+}
+
+std::vector<Bytes> StatusPort::answerPackets(std::span<const std::uint8_t> packet, const AlertPanel& panel) {
+  std::vector<Bytes> answers = rightPackets(packet, panel);
+  damage(answers, 0);
+  return answers;
+}
+
+std::vector<Bytes> StatusPort::rightPackets(std::span<const std::uint8_t> packet, const AlertPanel& panel) {
+  if (packet.size() <= MASK) return {};
+  if (packet[CATEGORY] == REGISTRATION) {
+    ++(packet[MASK] != 0 ? counts_.registered : counts_.unregistered);
+    return {registrationAnswer()};
+  }
+  if (packet[CATEGORY] != ALERTS) return {};
+  ++counts_.polls;
+  return alertAnswer(panel);
 }
 
 std::vector<Bytes> StatusPort::alertAnswer(const AlertPanel& panel) const {
@@ -58,40 +72,41 @@ std::vector<Bytes> StatusPort::alertAnswer(const AlertPanel& panel) const {
     alerts.push_back(std::move(built));
   }
   const Bytes block = alertBlock(alerts);
-  std::vector<Bytes> datagrams = {acknowledgement()};
+  std::vector<Bytes> packets = {acknowledgement()};
   if (behaviour_.packets <= 1) {
-    datagrams.push_back(answerDatagram({alertResponse(panel.mask(), block)}));
-    return datagrams;
+    packets.push_back(alertResponse(panel.mask(), block));
+    return packets;
   }
   // The first packet's head and the rest of the block share the packets evenly.
   const std::size_t size = (block.size() + 30) / static_cast<std::size_t>(behaviour_.packets) + 6;
-  for (const Bytes& packet : alertPackets(panel.mask(), block, size)) datagrams.push_back(answerDatagram({packet}));
-  return datagrams;
+  for (Bytes& packet : alertPackets(panel.mask(), block, size)) packets.push_back(std::move(packet));
+  return packets;
 }
 
-void StatusPort::damage(std::vector<Bytes>& datagrams) const {
-  constexpr std::size_t PREFIX = 12, PACKET_ID = 8;
-  for (Bytes& datagram : datagrams) {
+/// Makes answers bad behind their prefix of so many bytes.
+void StatusPort::damage(std::vector<Bytes>& answers, std::size_t prefix) const {
+  constexpr std::size_t PACKET_ID = 8;
+  for (Bytes& answer : answers) {
     switch (behaviour_.fault) {
       case Fault::NONE:
         break;
       case Fault::SILENT:
         break;
       case Fault::GARBAGE:
-        for (std::size_t i = PREFIX; i < datagram.size(); ++i) datagram[i] = static_cast<std::uint8_t>(i * 73 + 0xA5);
+        for (std::size_t i = prefix; i < answer.size(); ++i) answer[i] = static_cast<std::uint8_t>(i * 73 + 0xA5);
         break;
       case Fault::TRUNCATED:
-        datagram.resize(PREFIX + (datagram.size() - PREFIX) / 2);
+        answer.resize(prefix + (answer.size() - prefix) / 2);
         break;
       case Fault::OVERSIZED:
-        datagram[PREFIX + 1] = 0xFF;
+        answer[prefix + 1] = 0xFF;
         break;
       case Fault::WRONG_ID:
-        datagram[PACKET_ID] ^= 0xFF;
+        if (prefix > PACKET_ID) answer[PACKET_ID] ^= 0xFF;
         break;
     }
   }
-  if (behaviour_.fault == Fault::SILENT) datagrams.clear();
+  if (behaviour_.fault == Fault::SILENT) answers.clear();
 }
 
 }  // namespace kesto::printer

@@ -1,4 +1,5 @@
-// What the virtual printer answers to a status request: NPA and OIR, well or, on demand, badly.
+// What the virtual printer answers to a status request: NPA and OIR, well or, on demand, badly; as datagrams for the
+// network and as packets for USB.
 #pragma once
 
 #include <chrono>
@@ -39,15 +40,19 @@ class StatusPort {
  public:
   explicit StatusPort(const StatusBehaviour& behaviour) : behaviour_(behaviour) {}
 
-  /// The datagrams that answer a request, in order; none for what is no request.
+  /// The datagrams that answer a request as it comes over the network, in order; none for what is no request.
   [[nodiscard]] std::vector<Bytes> answer(std::span<const std::uint8_t> request, const AlertPanel& panel);
+
+  /// The packets that answer a request packet by itself, as on USB.
+  [[nodiscard]] std::vector<Bytes> answerPackets(std::span<const std::uint8_t> packet, const AlertPanel& panel);
 
   [[nodiscard]] const StatusCounts& counts() const { return counts_; }
   [[nodiscard]] std::chrono::milliseconds delay() const { return behaviour_.delay; }
 
  private:
+  [[nodiscard]] std::vector<Bytes> rightPackets(std::span<const std::uint8_t> packet, const AlertPanel& panel);
   [[nodiscard]] std::vector<Bytes> alertAnswer(const AlertPanel& panel) const;
-  void damage(std::vector<Bytes>& datagrams) const;
+  void damage(std::vector<Bytes>& answers, std::size_t prefix) const;
 
   StatusBehaviour behaviour_;
   StatusCounts counts_;

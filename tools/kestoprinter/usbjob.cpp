@@ -1,0 +1,126 @@
+#include "kestoprinter/usbjob.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <system_error>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "kestoprinter/jobport.h"
+
+namespace kesto::printer {
+namespace {
+
+constexpr int BACK_CHANNEL = 3;
+
+[[noreturn]] void failWith(const std::string& what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// A descriptor that is closed with its owner.
+class File {
+ public:
+  explicit File(int descriptor) : descriptor_(descriptor) {}
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File() { close(); }
+  [[nodiscard]] int get() const { return descriptor_; }
+  void close() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    descriptor_ = -1;
+  }
+
+ private:
+  int descriptor_;
+};
+
+File jobFile(const UsbJob& job) {
+  std::string name;
+  const int descriptor = makeJobFile(job.folder, job.number, name);
+  if (descriptor < 0) failWith(name);
+  return File(descriptor);
+}
+
+/// Becomes the program, with its output on `output` and its back channel on `answers`. Only calls that are safe after a
+/// fork.
+[[noreturn]] void becomeFilter(char* const arguments[], int output, int answers) {
+  const int nothing = open("/dev/null", O_RDONLY);
+  dup2(nothing, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(answers, BACK_CHANNEL);
+  signal(SIGPIPE, SIG_DFL);
+  execvp(arguments[0], arguments);
+  _exit(127);
+}
+
+int hexDigit(char digit) {
+  int value = -1;
+  std::from_chars(&digit, &digit + 1, value, 16);
+  return value;
+}
+
+std::string decoded(std::string_view text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escape =
+        text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
+    if (escape) {
+      plain += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
+      i += 2;
+    } else {
+      plain += text[i] == '+' ? ' ' : text[i];
+    }
+  }
+  return plain;
+}
+
+}  // namespace
+
+int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, const UsbJob& job) {
+  const File file = jobFile(job);
+  std::array<int, 2> output{}, answers{};
+  if (pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(answers.data(), O_CLOEXEC) != 0) failWith("pipe");
+  const File data(output[0]), answerEnd(answers[1]);
+  File childOutput(output[1]), childAnswers(answers[0]);
+  setenv("DEVICE_URI", "usb://Kesto/Page", 0);  // NOLINT(concurrency-mt-unsafe): one thread
+  std::vector<char*> arguments;
+  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+  const pid_t child = fork();
+  if (child < 0) failWith("fork");
+  if (child == 0) becomeFilter(arguments.data(), childOutput.get(), childAnswers.get());
+  childOutput.close();
+  childAnswers.close();
+
+  printer.run(data.get(), file.get(), answerEnd.get(), STDIN_FILENO, job.ended);
+  if (job.ended()) kill(child, SIGTERM);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+void printBackend(UsbPrinter& printer, const std::string& file, const UsbJob& job) {
+  const File kept = jobFile(job);
+  const File data(file.empty() ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (data.get() < 0) failWith(file);
+  printer.run(data.get(), kept.get(), BACK_CHANNEL, -1, job.ended);
+}
+
+std::vector<std::string> optionsOf(const std::string& uri) {
+  std::vector<std::string> options;
+  const std::size_t query = uri.find('?');
+  for (std::size_t at = query; at != std::string::npos; at = uri.find('&', at + 1)) {
+    const std::string_view pair = std::string_view(uri).substr(at + 1, uri.find('&', at + 1) - at - 1);
+    options.push_back("--" + decoded(pair));
+  }
+  return options;
+}
+
+}  // namespace kesto::printer
