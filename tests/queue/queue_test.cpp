@@ -108,7 +108,7 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
     std::vector<int> expected;
   };
   const std::string duplex = "sides=two-sided-long-edge";
-  const std::string collatedCopies = "multiple-document-handling=separate-documents-collated-copies";
+  const std::string handling = "multiple-document-handling=";
   const Case cases[] = {
       {1, {}, {1}},
       {4, {}, {1, 2, 3, 4}},
@@ -117,7 +117,10 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
       {3, {"-n", "2", "-o", duplex}, {1, 2, 1, 2, 3, BLANK, 3}},
       {3, {"-n", "2", "-o", "collate=true"}, {1, 2, 3, 1, 2, 3}},
       {2, {"-n", "3", "-o", "Collate=True"}, {1, 2, 1, 2, 1, 2}},
-      {3, {"-n", "2", "-o", collatedCopies}, {1, 2, 3, 1, 2, 3}},
+      {3, {"-n", "2", "-o", handling + "separate-documents-collated-copies"}, {1, 2, 3, 1, 2, 3}},
+      {2, {"-n", "3", "-o", handling + "single-document"}, {1, 2, 1, 2, 1, 2}},
+      {2, {"-n", "2", "-o", handling + "single-document-new-sheet"}, {1, 2, 1, 2}},
+      {2, {"-n", "2", "-o", handling + "Separate-Documents-Uncollated-Copies"}, {1, 1, 2, 2}},
       {3, {"-n", "2", "-o", "collate=true", "-o", duplex}, {1, 2, 3, BLANK, 1, 2, 3, BLANK}},
       {2, {"-o", "job-sheets=standard,none"}, {BANNER, 1, 2}},
   };
@@ -215,6 +218,16 @@ TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
   spooler_->client("cancel", {"-a", "bad"});
   spooler_->print("bad", document(1));
   EXPECT_EQ(pageNumbers(printer.lastJob()), std::vector<int>{1});
+}
+
+TEST_F(Queue, AUsbPrinterIsHeardThroughTheSpoolersBackChannel) {
+  const std::string uri = "usb://Kesto/Page?error=Cover+open&delay=200&gap=30&output=" + spooler_->outputPath("");
+  EXPECT_NE(spooler_->client("lpinfo", {"--include-schemes", "usb", "-v"}).find("direct usb://Kesto/Page"),
+            std::string::npos);
+  spooler_->addQueue("usb", uri, KESTO_PPD);
+  spooler_->print("usb", document(1));
+  const std::string jobs = spooler_->client("lpstat", {"-W", "completed", "-l", "-o", "usb"});
+  EXPECT_NE(jobs.find("Status: Cover open"), std::string::npos) << jobs;
 }
 
 TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {

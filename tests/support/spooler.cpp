@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <stdexcept>
 #include <thread>
 
@@ -16,7 +17,7 @@ namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
 constexpr char CUPSD[] = "/usr/sbin/cupsd";
-constexpr char SERVER_BIN[] = "/usr/lib/cups";
+const fs::path SERVER_BIN = "/usr/lib/cups";
 
 /// Looks every 50 ms until `ready`, for a minute at most.
 template <class Ready>
@@ -58,7 +59,8 @@ PrivateSpooler::~PrivateSpooler() {
 
 void PrivateSpooler::makeFolders() {
   fs::permissions(folder_.path(), fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
-  for (const char* name : {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter"}) {
+  for (const char* name : {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter",
+                           "bin/backend"}) {
     fs::create_directories(folder_.path() + "/" + name);
   }
   fs::permissions(outputPath(""), fs::perms::all);
@@ -66,18 +68,23 @@ void PrivateSpooler::makeFolders() {
 
 void PrivateSpooler::gatherPrograms(const std::string& filter) const {
   const fs::path bin = folder_.path() + "/bin";
+  const std::map<fs::path, std::pair<fs::path, fs::path>> ours = {{"filter", {"pdftokesto", filter}},
+                                                                  {"backend", {"usb", KESTO_PRINTER}}};
   for (const auto& entry : fs::directory_iterator(SERVER_BIN)) {
     const fs::path name = entry.path().filename();
-    if (name != "filter") fs::create_directory_symlink(entry.path(), bin / name);
+    if (!ours.contains(name)) fs::create_directory_symlink(entry.path(), bin / name);
   }
-  for (const auto& entry : fs::directory_iterator(fs::path(SERVER_BIN) / "filter")) {
-    if (entry.path().filename() != "pdftokesto") fs::create_symlink(entry, bin / "filter" / entry.path().filename());
+  for (const auto& [folder, program] : ours) {
+    for (const auto& entry : fs::directory_iterator(SERVER_BIN / folder)) {
+      const fs::path name = entry.path().filename();
+      if (name != program.first) fs::create_symlink(entry, bin / folder / name);
+    }
+    // A copy, because the build folder may belong to anybody and be closed to the spooler's user.
+    const fs::path copy = bin / folder / program.first;
+    fs::copy_file(program.second, copy);
+    fs::permissions(copy, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                              fs::perms::others_read | fs::perms::others_exec);
   }
-  // A copy, because the build folder may belong to anybody and be closed to the spooler's user.
-  const fs::path copy = bin / "filter/pdftokesto";
-  fs::copy_file(filter, copy);
-  fs::permissions(copy, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec | fs::perms::others_read |
-                            fs::perms::others_exec);
 }
 
 void PrivateSpooler::writeConfiguration() const {

@@ -231,8 +231,13 @@ int runBackend(int argc, char* argv[]) {
   return 0;
 }
 
+/// The spooler runs a backend under the device URI, or under its own name to have it list its devices.
+bool isBackend(std::string_view name) {
+  return name.starts_with("usb:") || name.substr(name.rfind('/') + 1) == "usb";
+}
+
 int runProgram(int argc, char* argv[]) {
-  if (std::string_view name = argv[0]; name.substr(name.rfind('/') + 1) == "usb") return runBackend(argc, argv);
+  if (isBackend(argv[0])) return runBackend(argc, argv);
   CLI::App app("A virtual printer: keeps the jobs that are sent to it, and answers status requests.", "kestoprinter");
   Settings settings;
   addCommonOptions(app, settings);
