@@ -1,5 +1,7 @@
 // Alerts on their way from a response to the log, and which addresses are asked for them.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "capturedlog.h"
 #include "hdc/alertreport.h"
@@ -76,6 +78,17 @@ TEST(NetworkMonitor, AsksNumericAddressesOnly) {
   EXPECT_EQ(InitializeNpaNetworkConnection("192.0.2.7/", descriptor), -1);
   CloseNpaNetworkConnection(descriptor);
   EXPECT_EQ(descriptor, -1);
+}
+
+TEST(UsbReader, EndsWithoutABackChannel) {
+  constexpr int BACK_CHANNEL = 3;
+  const int saved = fcntl(BACK_CHANNEL, F_DUPFD_CLOEXEC, 10);
+  close(BACK_CHANNEL);
+  StartUsbReadThread();
+  StopUsbReadThread();
+  EXPECT_EQ(usbReadParams.running, 0);
+  if (saved >= 0) dup2(saved, BACK_CHANNEL);
+  close(saved);
 }
 
 /// The stream `bytes`, joined from pieces of these sizes (the last one for all that follows).
