@@ -19,7 +19,8 @@ constexpr char TINY[] = "page pattern=noise\n";
 constexpr char LETTER[] = "page width=5100 height=6600 pattern=text\n";
 constexpr char FIVE_PAGES[] =
     "page width=1200 height=1600 pattern=text\npage width=1200 height=1600 pattern=noise\n"
-    "page width=1200 height=1600 pattern=text\npage width=1200 height=1600\npage width=1200 height=1600 pattern=noise\n";
+    "page width=1200 height=1600 pattern=text\npage width=1200 height=1600\npage width=1200 height=1600 "
+    "pattern=noise\n";
 
 struct UsbRun {
   Outcome outcome;
