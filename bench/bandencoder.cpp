@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
-#include "filter/lineblock.h"
-#include "filter/pagepipeline.h"
+#include "filter/lines/lineblock.h"
+#include "filter/strips/strips.h"
 #include "hdc/hdc.h"
 
 namespace kesto::bench {

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "codec/wicket.h"
-#include "filter/bandplanes.h"
+#include "filter/strips/colorplanes.h"
 #include "jobsettings/jobsettings.h"
 #include "pages.h"
 
@@ -43,7 +43,7 @@ class BandEncoder {
   JobSetting setting_;
   std::unique_ptr<WicketSettings> settings_;
   std::unique_ptr<WicketCoder> coder_;
-  BandPlanes planes_;
+  ColorPlanes planes_;
   Bytes tags_;
   std::FILE* sink_ = nullptr;
 };

@@ -4,8 +4,8 @@
 
 #include "bandencoder.h"
 #include "codec/tbrle.h"
-#include "filter/lineblock.h"
-#include "filter/pagepipeline.h"
+#include "filter/lines/lineblock.h"
+#include "filter/strips/strips.h"
 #include "jpegencoder.h"
 #include "measurements.h"
 

@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "copyplan.h"
-#include "filter/copycache.h"
+#include "filter/lines/copycache.h"
 #include "require.h"
 
 namespace {

@@ -8,12 +8,12 @@
 #include <unistd.h>
 
 #include "codec/wicket.h"
-#include "filter/pagepipeline.h"
-#include "filter/session.h"
+#include "filter/jobframe.h"
+#include "filter/pjl.h"
+#include "filter/strips/strips.h"
 #include "jobjudge.h"
 #include "jobsettings/optionsource.h"
 #include "jobsettings/optionvalues.h"
-#include "jobsettings/pjl.h"
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/jobcheck.h"
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "npa/OIRCommandResponse.h"
+#include "npa/oir/OIRCommandResponse.h"
 #include "require.h"
 
 using kesto::fuzz::require;

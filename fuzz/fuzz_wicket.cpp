@@ -6,7 +6,7 @@
 
 #include "codec/bandcoder.h"
 #include "codec/colorconvert.h"
-#include "codec/fastband.h"
+#include "codec/fast/fastband.h"
 #include "codec/wicketsegment.h"
 #include "input.h"
 #include "kestojob/reader/banddecoder.h"

@@ -8,7 +8,7 @@
 
 #include "codec/bandplanes.h"
 #include "codec/blockwriter.h"
-#include "codec/fastband.h"
+#include "codec/fast/fastband.h"
 
 namespace kesto {
 namespace {

@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/report.h"
 #include "filter/cancel.h"
 #include "filter/jobstate.h"
 #include "hdc/hdc.h"
-#include "hdc/report.h"
 
 namespace kesto {
 namespace {

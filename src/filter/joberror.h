@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "hdc/poll.h"
+#include "base/poll.h"
 
 namespace kesto {
 

@@ -5,11 +5,11 @@
 #include <cstring>
 #include <string>
 
+#include "base/report.h"
 #include "filter/cancel.h"
 #include "filter/joberror.h"
+#include "filter/jobframe.h"
 #include "filter/jobstate.h"
-#include "filter/pagepipeline.h"
-#include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionvalues.h"
 

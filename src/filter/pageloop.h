@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <optional>
 
-#include "filter/blockring.h"
-#include "filter/copycache.h"
-#include "filter/imagethread.h"
-#include "filter/pagereader.h"
-#include "filter/rasterstream.h"
+#include "filter/document/rasterstream.h"
+#include "filter/lines/blockring.h"
+#include "filter/lines/copycache.h"
+#include "filter/lines/pagereader.h"
+#include "filter/strips/imagethread.h"
 
 namespace kesto {
 

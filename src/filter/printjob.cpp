@@ -13,25 +13,25 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include "base/report.h"
 #include "filter/cancel.h"
 #include "filter/device.h"
-#include "filter/imagethread.h"
-#include "filter/inputfile.h"
+#include "filter/document/inputfile.h"
+#include "filter/document/pdfinspector-linux.h"
+#include "filter/document/rasterstream.h"
+#include "filter/document/renderer.h"
 #include "filter/joberror.h"
+#include "filter/jobframe.h"
 #include "filter/jobstate.h"
 #include "filter/outputchannel.h"
 #include "filter/pageloop.h"
-#include "filter/pdfinspector-linux.h"
-#include "filter/rasterstream.h"
-#include "filter/renderer.h"
-#include "filter/session.h"
+#include "filter/pjl.h"
 #include "filter/statusmonitor.h"
+#include "filter/strips/imagethread.h"
 #include "filter/util.h"
 #include "hdc/hdc.h"
-#include "hdc/report.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionsource.h"
-#include "jobsettings/pjl.h"
 
 namespace kesto {
 namespace {

@@ -4,8 +4,8 @@
 #include <span>
 
 #include "hdc/hdc.h"
-#include "hdc/networkmonitor.h"
-#include "hdc/usbreader.h"
+#include "hdc/monitor/networkmonitor.h"
+#include "hdc/monitor/usbreader.h"
 #include "npa/NPAValidator.h"
 
 namespace kesto {

@@ -9,7 +9,7 @@
 #include <span>
 #include <utility>
 
-#include "hdc/report.h"
+#include "base/report.h"
 
 namespace kesto {
 

@@ -12,7 +12,7 @@
 
 #include <signal.h>
 
-#include "hdc/poll.h"
+#include "base/poll.h"
 
 namespace kesto {
 

@@ -1,5 +1,5 @@
 // The fast ways through a band against the literal one: the same streams, statuses and records.
-#include "codec/fastband.h"
+#include "codec/fast/fastband.h"
 
 #include <array>
 #include <cmath>

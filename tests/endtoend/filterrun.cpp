@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "hdc/poll.h"
+#include "base/poll.h"
 
 namespace kesto::test {
 namespace {

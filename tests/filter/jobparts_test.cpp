@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "filter/device.h"
-#include "filter/pagepipeline.h"
-#include "filter/pdfinspector-linux.h"
-#include "filter/pixelformat.h"
+#include "filter/document/pdfinspector-linux.h"
+#include "filter/document/pixelformat.h"
+#include "filter/strips/strips.h"
 #include "filter/util.h"
 
 namespace kesto {

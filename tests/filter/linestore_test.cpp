@@ -1,4 +1,4 @@
-#include "filter/linestore.h"
+#include "filter/lines/linestore.h"
 
 #include <algorithm>
 #include <deque>

@@ -1,4 +1,4 @@
-#include "filter/pagelist.h"
+#include "filter/lines/pagelist.h"
 
 #include <memory>
 #include <vector>

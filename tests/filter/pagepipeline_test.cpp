@@ -1,14 +1,13 @@
 // The bytes of page starts, page ends and image strips, and the image thread's handling of line blocks.
-#include "filter/pagepipeline.h"
-
 #include <gtest/gtest.h>
 
-#include "filter/imagethread.h"
+#include "base/poll.h"
+#include "filter/jobframe.h"
 #include "filter/jobstate.h"
-#include "filter/lineblock.h"
-#include "filter/session.h"
+#include "filter/lines/lineblock.h"
+#include "filter/strips/imagethread.h"
+#include "filter/strips/strips.h"
 #include "hdc/hdc.h"
-#include "hdc/poll.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionvalues.h"
 #include "support/hex.h"

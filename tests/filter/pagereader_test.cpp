@@ -1,4 +1,4 @@
-#include "filter/pagereader.h"
+#include "filter/lines/pagereader.h"
 
 #include <cstring>
 #include <fstream>
@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "filter/renderer.h"
+#include "filter/document/renderer.h"
 #include "jobsettings/jobsettings.h"
 #include "support/argumentlist.h"
 #include "support/raster.h"

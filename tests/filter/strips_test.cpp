@@ -1,10 +1,11 @@
 // Whole strips against the codec's plain calls: what is remembered or left out on the way changes no byte.
+#include "filter/strips/strips.h"
+
 #include <gtest/gtest.h>
 
 #include "codec/bandcoder.h"
-#include "codec/fastband.h"
+#include "codec/fast/fastband.h"
 #include "codec/tbrle.h"
-#include "filter/pagepipeline.h"
 #include "hdc/hdc.h"
 #include "jobsettings/jobsettings.h"
 

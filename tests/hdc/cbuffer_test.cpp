@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hdc/poll.h"
+#include "base/poll.h"
 #include "support/sanitized.h"
 
 namespace kesto {

@@ -16,7 +16,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "hdc/poll.h"
+#include "base/poll.h"
 #include "support/sanitized.h"
 
 namespace kesto {

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "capturedlog.h"
-#include "hdc/alertreport.h"
-#include "hdc/networkmonitor.h"
-#include "hdc/usbreader.h"
+#include "hdc/monitor/alertreport.h"
+#include "hdc/monitor/networkmonitor.h"
+#include "hdc/monitor/usbreader.h"
 #include "kestoprinter/answers.h"
 #include "npa/NPAValidator.h"
 #include "npa/packetjoiner.h"
+#include "support/capturedlog.h"
 
 namespace kesto {
 namespace {

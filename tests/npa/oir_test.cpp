@@ -8,11 +8,11 @@
 #include <gtest/gtest.h>
 
 #include "kestoprinter/answers.h"
-#include "npa/NPAPrinterAlertHandler.h"
-#include "npa/NPATHeader.h"
-#include "npa/NPATransport9300.h"
-#include "npa/NPATransportUSB.h"
-#include "npa/OIRCommandRequest.h"
+#include "npa/oir/NPAPrinterAlertHandler.h"
+#include "npa/oir/NPATHeader.h"
+#include "npa/oir/NPATransport9300.h"
+#include "npa/oir/NPATransportUSB.h"
+#include "npa/oir/OIRCommandRequest.h"
 #include "support/udpresponder.h"
 
 namespace kesto {

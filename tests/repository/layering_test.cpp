@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -27,29 +28,58 @@ bool isSource(const std::filesystem::path& path) {
   return path.extension() == ".cpp" || path.extension() == ".h";
 }
 
-TEST(Layering, EveryFolderIncludesOnlyTheFoldersBelowIt) {
-  const std::map<std::string, Folders> allowed = {
-      {"codec", {}},
-      {"pclxl", {}},
-      {"npa", {}},
-      {"hdc", {"npa"}},
-      {"jobsettings", {"hdc"}},
-      {"filter", {"jobsettings", "pclxl", "codec", "hdc", "npa"}},
-  };
-  int sources = 0;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTO_SOURCES)) {
-    if (!isSource(entry.path())) continue;
-    const std::string folder = *entry.path().lexically_relative(KESTO_SOURCES).begin();
-    ASSERT_TRUE(allowed.contains(folder)) << entry.path();
-    ++sources;
-    std::ifstream stream(entry.path());
-    for (std::string line; std::getline(stream, line);) {
-      const std::string included = folderOf(includedFile(line));
-      if (included.empty()) continue;
-      EXPECT_TRUE(included == folder || allowed.at(folder).contains(included)) << entry.path() << ": " << line;
+/// The texts between backquotes.
+std::vector<std::string> quoted(const std::string& text) {
+  std::vector<std::string> found;
+  for (std::size_t at = text.find('`'); at != std::string::npos;) {
+    const std::size_t end = text.find('`', at + 1);
+    if (end == std::string::npos) break;
+    found.push_back(text.substr(at + 1, end - at - 1));
+    at = text.find('`', end + 1);
+  }
+  return found;
+}
+
+/// The table "folder | holds | may include" of the architecture document.
+std::map<std::string, Folders> documentedLayers() {
+  std::map<std::string, Folders> layers;
+  std::ifstream document(KESTO_ARCHITECTURE);
+  bool inTable = false;
+  for (std::string line; std::getline(document, line);) {
+    if (line == "| folder | holds | may include |") {
+      inTable = true;
+    } else if (inTable && line.starts_with("| `")) {
+      const auto folder = quoted(line.substr(0, line.find('|', 1)));
+      const auto included = quoted(line.substr(line.rfind('|', line.size() - 2)));
+      layers[folder.at(0)] = {included.begin(), included.end()};
+    } else if (inTable && !line.starts_with("|--")) {
+      break;
     }
   }
-  EXPECT_GT(sources, 40);
+  return layers;
+}
+
+std::string parentOf(const std::string& file) {
+  return file.substr(0, file.rfind('/'));
+}
+
+TEST(Layering, IncludesAreThoseThatTheArchitectureTableNames) {
+  const auto layers = documentedLayers();
+  std::map<std::string, Folders> used;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTO_SOURCES)) {
+    if (!isSource(entry.path())) continue;
+    const std::string folder = parentOf(entry.path().lexically_relative(KESTO_SOURCES).string());
+    ASSERT_TRUE(layers.contains(folder)) << entry.path();
+    used[folder];
+    std::ifstream stream(entry.path());
+    for (std::string line; std::getline(stream, line);) {
+      const std::string file = includedFile(line);
+      if (file.empty() || parentOf(file) == folder) continue;
+      const Folders& allowed = layers.at(folder);
+      EXPECT_TRUE(allowed.contains(parentOf(file)) || allowed.contains(file)) << entry.path() << ": " << line;
+    }
+  }
+  for (const auto& [folder, allowed] : layers) EXPECT_TRUE(used.contains(folder)) << folder << " is not there";
 }
 
 TEST(Layering, TheJobReaderSharesNamesWithTheFilterAndNothingElse) {

@@ -1,0 +1,50 @@
+// The page reader: the lines of a raster page become line blocks.
+//
+// Lines are read as soon as they arrive, also while the ring has no room for a block: a renderer delivers a page in one
+// burst and goes on to the next, and would else wait for the compression. Job thread only.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+
+#include "filter/document/rasterstream.h"
+#include "filter/lines/lineblock.h"
+#include "filter/lines/linestore.h"
+
+namespace kesto {
+
+class PageReader {
+ public:
+  /// Memory for lines that have been read ahead. A page of text at 600 dpi takes about as much.
+  static constexpr std::size_t STORE_BYTES = std::size_t{16} * 1024 * 1024;
+
+  /// Where the blocks go: each is built in the memory of `place`, and both that and `send` are called when `hasRoom`
+  /// has told that a block is welcome.
+  struct BlockSink {
+    std::function<bool()> hasRoom;
+    std::function<std::span<std::uint8_t>()> place;
+    std::function<void(std::span<const std::uint8_t>)> send;
+  };
+
+  /// A reader for pages of this geometry. `raster` outlives it. Throws std::bad_alloc.
+  PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockSink sink);
+
+  /// Reads the raster's current page to its end and sends all its blocks. What the raster's page lacks is white, what
+  /// it has too much is dropped. Ends the job when another thread fails.
+  void readPage();
+
+ private:
+  void readLine(std::span<std::uint8_t> line);
+  void sendBlock(std::uint32_t firstLine);
+  void waitForInputOrRoom();
+
+  RasterStream& raster_;
+  PixelFormat format_;
+  PageGeometry geometry_;
+  BlockSink sink_;
+  LineStore lines_;
+};
+
+}  // namespace kesto

@@ -1,0 +1,33 @@
+// The image thread: takes line blocks out of imageLineBlockBuffer and has strips made of them.
+#pragma once
+
+#include <pthread.h>
+
+namespace kesto {
+
+/// Owns the thread that runs process_image_thread. Job thread only.
+class ImageThread {
+ public:
+  ImageThread() = default;
+  ImageThread(const ImageThread&) = delete;
+  ImageThread& operator=(const ImageThread&) = delete;
+  ~ImageThread() { stop(); }
+
+  /// Starts the thread unless it has been started. Ends the job when no thread can be made.
+  void ensureRunning();
+
+  /// Clears the run flag and waits for the thread to end. A thread that waits in hdcWrite ends only when the print
+  /// thread makes room or the channel has been abandoned.
+  void stop();
+
+ private:
+  pthread_t thread_ = {};
+  bool joinable_ = false;
+};
+
+/// Thread body: compresses the line blocks of imageLineBlockBuffer until the run flag at `runFlag` (a
+/// std::atomic<std::uint8_t>, set to 1 here) is cleared. Memory that cannot be had ends the thread and leaves the error
+/// number in imageThreadFailure.
+void* process_image_thread(void* runFlag);
+
+}  // namespace kesto
