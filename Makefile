@@ -6,7 +6,8 @@
 #   make coverage           tells which lines the fuzz targets reach
 #   make package            builds the Debian package in out/
 #   make bench              measures the filter beside libjpeg-turbo, the renderer and rastertopclx
-#   make lint               checks the formatting and runs the static analysis
+#   make lint               builds with gcc and clang, where each warning is an error, checks the formatting, and runs
+#                           the static analysis
 
 MAKEFLAGS += --no-print-directory
 JOBS := $(shell nproc)
@@ -55,6 +56,8 @@ bench: setup-bench
 	@scripts/bench.sh build/bench
 
 lint: setup-lint
+	@cmake --preset gcc -DKESTO_TESTS=ON -DKESTO_BENCH=ON
+	@cmake --build build/gcc -j$(JOBS)
 	@cmake --preset clang -DKESTO_TESTS=ON -DKESTO_BENCH=ON -DKESTO_FUZZ=ON
 	@cmake --build build/clang -j$(JOBS)
 	@scripts/lint.sh build/clang

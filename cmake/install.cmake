@@ -18,7 +18,7 @@ install(FILES man/pdftokesto.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME printer-driver-kesto)
-set(CPACK_PACKAGE_CONTACT "The pdftokesto developers <root@localhost>")
+set(CPACK_PACKAGE_CONTACT "The pdftokesto developers <pdftokesto@example.org>")
 set(CPACK_SET_DESTDIR ON)  # the spooler's folders are absolute
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)

@@ -13,11 +13,15 @@ endif()
 option(KESTO_TESTS "Build the tests" ON)
 option(KESTO_BENCH "Build the benchmark" OFF)
 option(KESTO_FUZZ "Build the fuzz targets; needs clang" OFF)
+option(KESTO_WERROR "Treat warnings as errors; for those who change the code" OFF)
 set(KESTO_SANITIZE "" CACHE STRING "Instrumentation: empty, address (with undefined behaviour), thread, fuzzer, coverage")
 
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Wold-style-cast
-  -Woverloaded-virtual -Wformat=2 -Wundef -Werror)
+  -Woverloaded-virtual -Wformat=2 -Wundef)
+if(KESTO_WERROR)
+  add_compile_options(-Werror)
+endif()
 
 # gcc takes library code for uninitialised once a sanitizer has rewritten it.
 if(KESTO_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
