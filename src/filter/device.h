@@ -1,4 +1,4 @@
-// What the device URI tells the job: how the printer is connected, and its address where it has one.
+// What the device URI says: how the printer is connected, and its address where it has one.
 #pragma once
 
 #include <optional>

@@ -1,4 +1,4 @@
-// pdftokesto: the entry of the program. What a job does is told in filter/printjob.h.
+// pdftokesto: the entry of the program. printjob.h has the job.
 #include <new>
 
 #include "filter/joberror.h"

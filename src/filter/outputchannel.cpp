@@ -15,7 +15,7 @@ constexpr std::uint32_t FLUSH_THRESHOLD = 5 * 1024 * 1024;
 void OutputChannel::start(const char* connectivity) {
   hdcContext.cancelFlag = &isTerminated;
   hdcInitialize(RING_CAPACITY, FLUSH_THRESHOLD);
-  if (hdcFailure() != 0) failJobWithText({}, hdcFailure());  // the ring has told the log itself
+  if (hdcFailure() != 0) failJobWithText({}, hdcFailure());  // the ring has reported it
   hdcStartPrintThread(const_cast<char*>(connectivity));
   if (hdcFailure() != 0) failJob("ERROR: Unable to start the print thread", hdcFailure());
 }

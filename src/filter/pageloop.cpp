@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint32_t WIDTH_MULTIPLE = 16;
 
-/// The widest line that an image strip's 16-bit width can tell.
+/// The widest line that the 16-bit SourceWidth can express.
 constexpr std::uint32_t MAX_PIXEL_WIDTH = 65520;
 
 constexpr std::uint32_t roundUp(std::uint32_t value, std::uint32_t multiple) {

@@ -18,7 +18,7 @@ class PageLoop {
  public:
   /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
   /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
-  /// of the file, or null; `copies` is how often each page is to be made here; `pageFollows` tells whether the header
+  /// of the file, or null; `copies` is how often each page is to be made here; `pageFollows` says whether the header
   /// has been read.
   PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows);
   PageLoop(const PageLoop&) = delete;

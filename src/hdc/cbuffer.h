@@ -1,8 +1,8 @@
 // A circular byte buffer between two threads.
 //
 // One thread, the producer, stores; one other thread, the consumer, takes out; each store or take-out happens whole or
-// not at all. Storage is one byte longer than the capacity: that slot always stays empty, so the two indices alone tell
-// a full ring from an empty one, and each index has a single writer.
+// not at all. Storage is one byte longer than the capacity: that slot always stays empty, so the two indices alone
+// distinguish a full ring from an empty one, and each index has a single writer.
 //
 // The side that owns an index reads it relaxed and publishes it with release after the bytes are in place; the other
 // side reads it with acquire, so whoever sees an index moved also sees the bytes that it covers. A wrapped copy moves
@@ -68,7 +68,7 @@ void cbufferFree(cbuffer* buffer);
 /// What is written there is no part of the ring before it is committed. Producer thread only.
 [[nodiscard]] std::uint8_t* cbufferReserveBytes(cbuffer* buffer, std::uint32_t count);
 
-/// Appends the `count` bytes that have been written where cbufferReserveBytes told, or none of them.
+/// Appends the `count` bytes that have been written where cbufferReserveBytes said, or none of them.
 ///
 /// Returns false, with the ring unchanged, when `count` exceeds the free space. Producer thread only.
 [[nodiscard]] bool cbufferCommitBytes(cbuffer* buffer, std::uint32_t count);

@@ -50,7 +50,7 @@ void catchWakeSignal() {
 }
 
 /// Waits for something that the print thread brings about. Once the job is given up, the wait keeps waking the print
-/// thread: while its write blocks, it can neither see that nor tell a slow reader from one that takes nothing.
+/// thread: while its write blocks, it can neither see that nor distinguish a slow reader from one that takes nothing.
 template <class Ready>
 void waitForPrintThread(Ready ready) {
   pollUntil([&ready] {
@@ -76,7 +76,7 @@ std::uint32_t drainThreshold() {
 
 /// The room that a writer can count on to come: with no more than the threshold stored the print thread rests.
 std::size_t sureRoom() {
-  constexpr std::uint32_t MOST = std::numeric_limits<std::int32_t>::max();  // cbufferGetAvailableSpace tells no more
+  constexpr std::uint32_t MOST = std::numeric_limits<std::int32_t>::max();  // cbufferGetAvailableSpace reports no more
   return std::min(hdcContext.buffer.size.load(std::memory_order_relaxed) - drainThreshold(), MOST);
 }
 

@@ -16,7 +16,7 @@ struct ppd_file_s;  // CUPS' opened PPD, ppd_file_t
 
 namespace kesto {
 
-/// How the paper size is told to the printer; selects the member of MediaSize.
+/// How the paper size is sent to the printer; selects the member of MediaSize.
 enum MediaSizeType : std::int32_t {
   MEDIA_SIZE_ENUMERATED = 1,  // the printer's number of a standard size: mediaSizeId
   MEDIA_SIZE_NAMED = 2,       // the printer's name of the size: mediaSizeName
@@ -100,7 +100,7 @@ void initializeJobSetting(JobSetting* setting, cups_page_header2_t* header, cons
 /// `defaultValue` when `ppd` is null, or the keyword is missing or has no value.
 std::int32_t getIntAttrFromPPD(ppd_file_s* ppd, const char* keyword, std::int32_t defaultValue);
 
-// The setters, in the order in which initializeJobSetting runs them. Each writes the fields its name tells.
+// The setters, in the order in which initializeJobSetting runs them. Each writes the fields that its name says.
 
 void setPrintQuality(JobSetting* setting, cups_page_header2_t* header);
 void setResolution(JobSetting* setting, cups_page_header2_t* header);

@@ -13,7 +13,7 @@
 
 namespace kesto {
 
-/// How a size is told to the printer. `number` belongs to MEDIA_SIZE_ENUMERATED, `name` to MEDIA_SIZE_NAMED.
+/// How a size is sent to the printer. `number` belongs to MEDIA_SIZE_ENUMERATED, `name` to MEDIA_SIZE_NAMED.
 struct Media {
   MediaSizeType type;
   std::uint32_t number;

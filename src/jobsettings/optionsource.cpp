@@ -23,7 +23,7 @@ namespace {
 constinit int failure = 0;
 
 /// Runs `read`, one of the library's readers. They return less when the system fails them, and say nothing; what they
-/// leave behind is the error number. Others than these tell of a file that is missing or cannot be understood.
+/// leave behind is the error number. Other numbers mean a file that is missing or cannot be understood.
 template <class Read>
 auto noteFailure(Read read) {
   errno = 0;

@@ -1,6 +1,6 @@
 // The values that a job setting can take, each as one constant of the whole program.
 //
-// A setter stores the address of one of these texts, never a copy, so that a reader may tell settings apart by
+// A setter stores the address of one of these texts, never a copy, so that a reader may compare settings by
 // comparing pointers. They are arrays and not pointers because only an inline array is certain to be one object in
 // all translation units; two `const char*` constants of one text may well point at two literals.
 //
@@ -11,7 +11,7 @@ namespace kesto {
 
 inline constexpr char ON[] = "ON";
 inline constexpr char OFF[] = "OFF";
-/// Neither the ticket nor the PPD names the option: the printer is told nothing about it.
+/// Neither the ticket nor the PPD names the option: nothing is sent about it.
 inline constexpr char INVALIDOPTION[] = "INVALIDOPTION";
 
 // binding

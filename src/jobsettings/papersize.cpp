@@ -93,7 +93,7 @@ void setPaperSize(JobSetting* setting, cups_page_header2_t* header, const char* 
   const char* ppdChoice = ppdDefaultChoice(PAGE_SIZE);
   const char* chosen = ticketPageSize(options);
   if (chosen == nullptr) {
-    // Nothing was asked for, so the raster tells whether it reaches the edges; the name of a default does not.
+    // Nothing was asked for, so the raster decides whether it reaches the edges; the name of a default does not.
     if (imageableAreaIsWholePage(*header)) setting->pageMode = EDGETOEDGE;
     if (ppdChoice != nullptr) checkMediaSize(setting, header, ppdChoice);
     return;

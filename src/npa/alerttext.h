@@ -17,7 +17,7 @@ namespace kesto {
 /// well-formed UTF-8 (The Unicode Standard, table 3-7).
 [[nodiscard]] std::string printableText(std::string_view text);
 
-/// What to tell about an alert, printable: the text of its first entry, else its text 1.4.9, else 1.4.10, else a
+/// The text of an alert for the log, printable: the text of its first entry, else its text 1.4.9, else 1.4.10, else a
 /// sentence of our own. A text of blanks counts as none.
 [[nodiscard]] std::string alertText(const PSSDALERTINFO& alert);
 

@@ -35,7 +35,7 @@ consteval std::array<std::uint8_t, N - 1> bytesOf(const char (&text)[N]) {
 inline constexpr std::array<std::uint8_t, 64> XL_STREAM_HEADER =
     detail::bytesOf(") HP-PCL XL;2;1;Comment made by pdftokesto for contone printers\n");
 
-/// A whole Comment operator, ready for the sink: it tells the printer to expect its own extensions.
+/// A whole Comment operator, ready for the sink: it announces the printer's own extensions.
 inline constexpr std::array<std::uint8_t, 29> XL_COMMENT = detail::bytesOf(
     "\xC8\xC0\x17"
     "Corvane Enhanced XL=1.2"

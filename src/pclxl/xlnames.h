@@ -1,8 +1,8 @@
 // The vocabulary of the PCL XL streams that this filter writes (PCL XL protocol class 2.1).
 //
-// Codes have the standard's names. What the printer adds to the standard is told by its number where its meaning is not
-// known. The writer uses the constants; readers of a job turn codes back into names with the lookups, which know just
-// what the filter writes. Everything here is constant, so any thread may use it.
+// Codes have the standard's names. What the printer adds to the standard is named by its number where its meaning is
+// not known. The writer uses the constants; readers of a job turn codes back into names with the lookups, which know
+// just what the filter writes. Everything here is constant, so any thread may use it.
 #pragma once
 
 #include <algorithm>

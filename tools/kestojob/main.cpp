@@ -116,7 +116,7 @@ void declare(CLI::App& app, Call& call, void (*&run)(const Call&)) {
   lists->add_flag("--json", call.json, "As a JSON array, one object a line");
   lists->callback([&run] { run = list; });
 
-  CLI::App* const checks = app.add_subcommand("check", "Judge the job strictly and tell its first fault");
+  CLI::App* const checks = app.add_subcommand("check", "Judge the job strictly and show its first fault");
   checks->add_option("JOB", call.job, "The job")->required();
   checks->callback([&run] { run = check; });
 

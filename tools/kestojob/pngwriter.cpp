@@ -33,7 +33,7 @@ struct PngWriter::Png {
   void open() {
     errno = 0;
     file = std::fopen(path.c_str(), "wbe");
-    // The caller tells what went wrong; libpng's own way out of an error, and its warnings, print a line first.
+    // The caller reports what went wrong; libpng's own way out of an error, and its warnings, print a line first.
     const auto leave = [](png_structp structure, png_const_charp) { png_longjmp(structure, 1); };
     png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, [](png_structp, png_const_charp) {});
     if (png != nullptr) info = png_create_info_struct(png);

@@ -1,4 +1,4 @@
-// A line on the terminal that tells how far a long job has got.
+// A line on the terminal that shows how far a long job has got.
 //
 // Nothing is written when standard error is no terminal, or before the work has taken a while.
 #pragma once
@@ -16,7 +16,7 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { clear(); }
 
-  /// Tells the page at work and how many bytes have been read, a few times a second.
+  /// Shows the page at work and how many bytes have been read, a few times a second.
   void show(std::uint64_t page, std::uint64_t bytes);
   /// Takes the line away.
   void clear();

@@ -12,7 +12,7 @@ constexpr std::size_t CLASS = 4, COMMAND = 5, CATEGORY = 6, MASK = 10;
 constexpr std::uint8_t ALERTS = 3, REGISTRATION = 7;
 constexpr std::uint8_t OIR_CLASS = 0x04, OIR_COMMAND = 0x06;
 
-/// The conditions that an OIR answer tells of, for alerts of any text: "Device", "Maintenance".
+/// The conditions in an OIR answer, for alerts of any text: "Device", "Maintenance".
 constexpr std::uint8_t OIR_COMPONENT = 7, OIR_CONDITION = 21;
 
 /// The printer's word that a request has come, which the asking side steps over.

@@ -69,7 +69,7 @@ RasterStream::RasterStream(const Renderer& renderer) : renderer_(renderer), inpu
   if (raster_ == nullptr) noteShortage();
 }
 
-/// After a call of the library that failed with errno cleared before: it has no other way to tell that memory was
+/// After a call of the library that failed with errno cleared before: it has no other way to say that memory was
 /// short.
 void RasterStream::noteShortage() {
   if (errno == ENOMEM && error_ == 0) error_ = ENOMEM;

@@ -21,7 +21,7 @@ namespace kesto {
 
 class RasterStream {
  public:
-  /// Opens the raster stream on standard input. `renderer` tells whether more can come.
+  /// Opens the raster stream on standard input. `renderer` knows whether more can come.
   explicit RasterStream(const Renderer& renderer);
   RasterStream(const RasterStream&) = delete;
   RasterStream& operator=(const RasterStream&) = delete;

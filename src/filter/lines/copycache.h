@@ -47,7 +47,7 @@ class CopyCache {
   void keep(Block block);
 
   /// Makes the copies that are due after a page: of the page itself, in a duplex job of its sheet once that is
-  /// complete. `more` tells whether another page follows; a sheet that has only a front gets a blank back between its
+  /// complete. `more` says whether another page follows; a sheet that has only a front gets a blank back between its
   /// copies. With `cancelled`, a front page whose back has not been read is no sheet and gets no copies.
   void finishPage(bool more, bool cancelled);
 

@@ -20,8 +20,8 @@ class PageReader {
   /// Memory for lines that have been read ahead. A page of text at 600 dpi takes about as much.
   static constexpr std::size_t STORE_BYTES = std::size_t{16} * 1024 * 1024;
 
-  /// Where the blocks go: each is built in the memory of `place`, and both that and `send` are called when `hasRoom`
-  /// has told that a block is welcome.
+  /// Where the blocks go: each is built in the memory of `place`. That and `send` are called only when `hasRoom` has
+  /// returned true.
   struct BlockSink {
     std::function<bool()> hasRoom;
     std::function<std::span<std::uint8_t>()> place;

@@ -14,7 +14,7 @@ class NPATransport {
   NPATransport& operator=(const NPATransport&) = delete;
   virtual ~NPATransport() = default;
 
-  /// Connects to the printer at `address`. 0 or -1, but only `connected` tells whether commands can be sent.
+  /// Connects to the printer at `address`. 0 or -1, but only `connected` says whether commands can be sent.
   virtual std::int64_t InitializeConnection(char* address) = 0;
   /// Sends `length` bytes as one request. Returns how many were sent, -1 when none could be.
   virtual std::int64_t SendNPACommand(unsigned char* bytes, unsigned long length) = 0;

@@ -1,4 +1,4 @@
-// A thread that asks the printer for operator interventions, such as low supplies, and tells the spooler about them.
+// A thread that asks the printer for operator interventions, such as low supplies, and reports them.
 //
 // The job does not start it: it watches a printer for as long as the process lives and is never joined. It shares
 // nothing with the job's threads but standard error.

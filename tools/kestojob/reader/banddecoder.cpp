@@ -18,7 +18,7 @@ void appendWord(std::vector<std::uint8_t>& file, std::size_t word) {
   file.push_back(static_cast<std::uint8_t>(word & 0xFF));
 }
 
-/// The width that libjpeg is told, and how many bands lie one below the other in its image. libjpeg takes no more than
+/// The width given to libjpeg, and how many bands lie one below the other in its image. libjpeg takes no more than
 /// 65,500 pixels; as the units of a scan follow each other row by row, a wider band is the same data as two or three
 /// narrower ones.
 unsigned piecesOf(unsigned width, bool color) {
@@ -75,7 +75,7 @@ struct BandDecoder::Jpeg {
   }
 
   /// Decodes a file into rows of `rowBytes`; rows of the pieces of a wide band come to stand side by side. False after
-  /// an error, which `message` tells. Holds nothing that a jump out of libjpeg could leak.
+  /// an error, described in `message`. Holds nothing that a jump out of libjpeg could leak.
   bool decode(std::span<const std::uint8_t> file, PixelForm form, std::span<std::uint8_t> pixels,
               std::size_t rowBytes) {
     if (setjmp(wayOut) != 0) {  // NOLINT(cert-err52-cpp): libjpeg is C, an exception must not cross it

@@ -1,7 +1,7 @@
 // A job's bytes, one after the other, from a file, a pipe or memory.
 //
 // Only a buffer's worth is held, so that a job of any length takes the same memory. Offsets count from the first byte.
-// A read past the end is a Fault that tells in the middle of what the job ends; a read that fails is a FileError.
+// A read past the end is a Fault that says where in the job it broke off; a read that fails is a FileError.
 //
 // One thread uses a source.
 #pragma once
@@ -53,7 +53,7 @@ class ByteSource {
   const char* place_ = "its first element";
 };
 
-/// A part of the source of a length told before it: the data block of an image.
+/// A part of the source whose length stands before it: the data block of an image.
 ///
 /// Reading past the announced length is a Fault, as reading past the job's end is.
 class BlockReader {

@@ -33,7 +33,7 @@ struct DataType {
   std::uint8_t tag;
   std::string_view name;
   std::uint8_t elementSize;
-  std::uint8_t count;  ///< elements; 0 for an array, which tells its count itself
+  std::uint8_t count;  ///< elements; 0 for an array, which carries its own count
 };
 
 /// The type of a tag, or null for a tag that is no data type of these jobs.

@@ -20,7 +20,7 @@ class Fault : public std::runtime_error {
   std::uint64_t offset_;
 };
 
-/// A file that cannot be read or written: what() tells which and why.
+/// A file that cannot be read or written: what() says which and why.
 class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -1,6 +1,6 @@
 // What is in a job, element by element, for people and for programs.
 //
-// A list judges nothing: it goes on as long as elements can be told apart, so that a job with a fault can be looked at.
+// A list judges nothing: it goes on as long as elements can be read, so that a job with a fault can be looked at.
 // The lister knows where it is in the job; a ListWriter puts what it finds into words.
 #pragma once
 
@@ -25,7 +25,7 @@ struct StripData {
   std::int64_t bytesPerPixel = 1;
 };
 
-/// A strip's tag plane: how many pixels have which tag, or why that cannot be told.
+/// A strip's tag plane: how many pixels have which tag, or why that is not known.
 struct TagSummary {
   TagCounts counts{};
   std::string damage;  ///< empty when the plane is good
@@ -45,7 +45,7 @@ class ListWriter {
   virtual void image(const StripData& data) = 0;
   virtual void tags(const StripData& data, const TagSummary& tags) = 0;
   virtual void end(std::uint64_t offset, std::uint64_t pages, std::uint64_t strips) = 0;
-  /// Instead of the end: what keeps the rest from being told apart, for a writer whose readers see nothing else.
+  /// Instead of the end: what keeps the rest from being read, for a writer whose readers see nothing else.
   virtual void fault(const Fault& /*fault*/) {}
 };
 
@@ -55,7 +55,7 @@ class ListWriter {
 /// A JSON array with an object for each element, one a line. The writer's end closes it, whatever comes before that.
 [[nodiscard]] std::unique_ptr<ListWriter> makeJsonWriter(std::ostream& out);
 
-/// Lists the job. Throws the Fault behind which nothing can be told apart.
+/// Lists the job. Throws the Fault behind which nothing can be read.
 void listJob(ByteSource& source, ListWriter& writer);
 
 }  // namespace kesto::job

@@ -64,7 +64,7 @@ SheetSize standardSheet(const Attribute& size) {
 void checkMediaType(const Attribute& type) {
   const std::string_view text = type.text();
   if (text.size() > LONGEST_MEDIA_TYPE) fail(type, "is longer than 64 characters.");
-  if (text == "Automatic") fail(type, "is Automatic, which is told by leaving it out.");
+  if (text == "Automatic") fail(type, "is Automatic, which is said by leaving it out.");
   if (std::ranges::any_of(text, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; })) {
     fail(type, "holds a control character.");
   }
@@ -170,7 +170,7 @@ void PageRules::setMedia(const Operator& op) {
 
 void PageRules::setPageOrigin(const Operator& op) {
   const Attribute& point = attributeOf(op, attr::PageOrigin);
-  // The quality, and with it the origin, is told anew with each page; the PJL header has that of the first.
+  // The quality, and with it the origin, is sent anew with each page; the PJL header has that of the first.
   const bool draft = pages_ > 1 ? point.number(0) == DRAFT_ORIGIN : pjl_.draft;
   const int origin = !bordered_ ? 0 : draft ? DRAFT_ORIGIN : BORDERED_ORIGIN;
   expectPair(point, origin, origin);

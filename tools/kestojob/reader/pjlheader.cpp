@@ -65,7 +65,7 @@ constexpr auto HEADER = std::to_array<Row>({
     {PJL_ENTER_XL, ALWAYS, ANY},
 });
 
-/// What a format says before its value, to tell a line by.
+/// What a format says before its value, by which a line is recognised.
 std::string nameOf(const Row& row) {
   const std::string_view name = row.format.substr(row.format.find('@'));
   const std::string_view known = name.substr(0, name.find_first_of("=\n%"));
