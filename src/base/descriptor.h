@@ -11,6 +11,10 @@
 
 namespace kesto {
 
+/// Where the spooler gives a filter its back channel and its side channel.
+inline constexpr int BACK_CHANNEL = 3;
+inline constexpr int SIDE_CHANNEL = 4;
+
 /// Owns a file descriptor and closes it.
 class Descriptor {
  public:

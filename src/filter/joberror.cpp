@@ -1,6 +1,7 @@
 #include "filter/joberror.h"
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "base/report.h"
@@ -13,26 +14,23 @@ namespace {
 
 constexpr char NO_MEMORY[] = "ERROR: Unable to allocate memory!";
 
-}  // namespace
-
-void failJob(std::string message, int error) {
-  throw JobError{std::move(message), error, true};
+std::string withReason(const std::string& message, int error) {
+  return message + ": " + std::generic_category().message(error);
 }
 
-void failJobWithText(std::string message, int error) {
-  throw JobError{std::move(message), error, false};
+}  // namespace
+
+void failJob(const std::string& message, int error) {
+  failJobWithText(withReason(message, error), error);
+}
+
+void failJobWithText(std::string line, int error) {
+  throw JobError{std::move(line), error != 0 ? error : EIO};
 }
 
 int endFailedJob(const JobError& failure) {
-  if (!failure.message.empty()) {
-    if (failure.withReason) {
-      reportErrno(failure.message.c_str(), failure.error);
-    } else {
-      report("%s\n", failure.message.c_str());
-    }
-  }
-  if (failure.cancelled) return 0;
-  return failure.error != 0 ? failure.error : EIO;
+  if (!failure.line.empty()) report("%s\n", failure.line.c_str());
+  return failure.status;
 }
 
 int endWithoutMemory() {
@@ -53,7 +51,7 @@ void checkThreads() {
   if (outputError == ENOMEM) failJob(NO_MEMORY, outputError);
   // A spooler that cancels a job may end the backend as well, and one that is stuck takes nothing more: no news to
   // anybody.
-  if (isCancelled()) throw JobError{"DEBUG: The cancelled job is not written to its end", outputError, true, true};
+  if (isCancelled()) throw JobError{withReason("DEBUG: The cancelled job is not written to its end", outputError), 0};
   failJob("ERROR: Unable to write the print data", outputError);
 }
 

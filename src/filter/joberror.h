@@ -10,22 +10,19 @@
 
 namespace kesto {
 
-/// What stopped the job: `message` is the line for the spooler's log, empty when it has been written already; `error`
-/// is the error number that becomes the exit status.
+/// What stopped the job.
 struct JobError {
-  std::string message;
-  int error = 0;
-  bool withReason = true;  ///< the message is followed by ": " and the system's text for `error`
-  bool cancelled = false;  ///< the job was cancelled and its output taken away, which is no failure
+  std::string line;  ///< for the log, empty when it has been written already
+  int status;        ///< the exit status: an error number, or 0 when a cancelled job's output was taken away
 };
 
-/// Ends the job with "`message`: system's error text" in the log and `error` as the exit status.
-[[noreturn]] void failJob(std::string message, int error);
+/// Ends the job with "`message`: system's error text" in the log and the error number as the exit status.
+[[noreturn]] void failJob(const std::string& message, int error);
 
-/// Ends the job with `message` alone in the log and `error` as the exit status.
-[[noreturn]] void failJobWithText(std::string message, int error);
+/// Ends the job with `line` alone in the log and the error number as the exit status.
+[[noreturn]] void failJobWithText(std::string line, int error);
 
-/// Writes the message of a failed job and returns the exit status, which is 0 only when the job was cancelled.
+/// Writes the line of a failed job and returns the exit status.
 int endFailedJob(const JobError& failure);
 
 /// The same for a job that found no memory, without needing any.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string>
 
 #include "base/report.h"
@@ -10,6 +9,7 @@
 #include "filter/joberror.h"
 #include "filter/jobframe.h"
 #include "filter/jobstate.h"
+#include "filter/pjl.h"
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionvalues.h"
 
@@ -17,9 +17,6 @@ namespace kesto {
 namespace {
 
 constexpr std::uint32_t WIDTH_MULTIPLE = 16;
-
-/// The widest line that the 16-bit SourceWidth can express.
-constexpr std::uint32_t MAX_PIXEL_WIDTH = 65520;
 
 constexpr std::uint32_t roundUp(std::uint32_t value, std::uint32_t multiple) {
   return (value + multiple - 1) / multiple * multiple;
@@ -61,9 +58,7 @@ bool isCopyWanted() {
 }  // namespace
 
 PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows)
-    : raster_(raster),
-      pageFollows_(pageFollows),
-      jobSheet_(fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0) {
+    : raster_(raster), pageFollows_(pageFollows), jobSheet_(isJobSheet(fileType)) {
   if (!pageFollows_) return;
   const PixelFormat format = jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY;
   const PageGeometry geometry = decideGeometry(*raster_.header(), *jobsetting, format);

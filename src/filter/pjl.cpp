@@ -38,10 +38,6 @@ bool isSet(const char* value) {
   return std::strcmp(value, INVALIDOPTION) != 0;
 }
 
-bool isJobSheet(const char* fileType) {
-  return fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0;
-}
-
 /// The print quality as a text that ends: in the raster header it may fill its 64 bytes to the last.
 std::string printQualityText(const JobSetting& setting) {
   constexpr std::size_t FIELD = sizeof(cups_page_header2_t::OutputType);
@@ -49,6 +45,10 @@ std::string printQualityText(const JobSetting& setting) {
 }
 
 }  // namespace
+
+bool isJobSheet(const char* fileType) {
+  return fileType != nullptr && std::strcmp(fileType, "job-sheet") == 0;
+}
 
 void writePJLHeader(const JobSetting& setting, const char* title, const char* user, const char* fileType) {
   PjlLines lines;

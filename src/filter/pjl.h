@@ -8,6 +8,9 @@
 
 namespace kesto {
 
+/// Whether the spooler's type of a file, or null, is that of a banner page.
+[[nodiscard]] bool isJobSheet(const char* fileType);
+
 /// Writes the job header through the output channel, one write for each line: the job's identity, its settings, and
 /// the switch to PCL XL as the last line. A setting that is INVALIDOPTION leaves its line out.
 ///

@@ -8,12 +8,13 @@
 #include <string>
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <strings.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
 #include "base/report.h"
+#include "base/thread.h"
 #include "filter/cancel.h"
 #include "filter/device.h"
 #include "filter/document/inputfile.h"
@@ -56,7 +57,6 @@ void installSignalHandlers() {
 /// Puts something harmless where a descriptor with a fixed meaning is closed, so that no file of the job's own takes
 /// its number. A standard output that is closed stays one that cannot be written.
 void reserveDescriptors() {
-  constexpr int SIDE_CHANNEL = 4;
   for (int descriptor = STDIN_FILENO; descriptor <= SIDE_CHANNEL; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) >= 0) continue;
     if (open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR) < 0) {
@@ -73,7 +73,7 @@ InputFile findInput(int argc, char* argv[]) {
 class PdfInspection {
  public:
   explicit PdfInspection(const std::string& pdf) : pdf_(pdf) {
-    const int error = pthread_create(&thread_, nullptr, process_pdf_thread, pdf_.data());
+    const int error = thread_.start(process_pdf_thread, pdf_.data());
     if (error != 0) failJobWithText("ERROR: Unable to ran process_pdf_thread!", error);
   }
   PdfInspection(const PdfInspection&) = delete;
@@ -82,15 +82,11 @@ class PdfInspection {
     join();
     pdfDestroyPages(&pages);
   }
-  void join() {
-    if (joinable_) pthread_join(thread_, nullptr);
-    joinable_ = false;
-  }
+  void join() { thread_.join(); }
 
  private:
   std::string pdf_;
-  pthread_t thread_ = {};
-  bool joinable_ = true;
+  Thread thread_;
 };
 
 /// The job setting record, reached through `jobsetting` while it lives.

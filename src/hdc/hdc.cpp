@@ -55,7 +55,7 @@ template <class Ready>
 void waitForPrintThread(Ready ready) {
   pollUntil([&ready] {
     if (ready()) return true;
-    if (hdcIsGivenUp()) pthread_kill(hdcContext.printThread, WAKE_SIGNAL);
+    if (hdcIsGivenUp()) hdcContext.printThread.interrupt(WAKE_SIGNAL);
     return false;
   });
 }
@@ -128,7 +128,7 @@ void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold) {
 void hdcStartPrintThread(void* argument) {
   if (hdcContext.running.exchange(1, std::memory_order_acq_rel) == 1) return;
   catchWakeSignal();
-  const int error = pthread_create(&hdcContext.printThread, nullptr, print_thread, argument);
+  const int error = hdcContext.printThread.start(print_thread, argument);
   if (error != 0) {
     hdcContext.running.store(0, std::memory_order_release);
     fail(error);
@@ -162,7 +162,7 @@ void hdcStopPrintThread() {
   // `running` falls after the thread's end: a write would give up the rest of its block, and the printer get half a
   // page.
   hdcContext.stopping.store(1, std::memory_order_release);
-  waitForPrintThread([] { return pthread_tryjoin_np(hdcContext.printThread, nullptr) != EBUSY; });
+  waitForPrintThread([] { return hdcContext.printThread.joinIfEnded(); });
   hdcContext.running.store(0, std::memory_order_release);
   hdcContext.stopping.store(0, std::memory_order_release);
 }

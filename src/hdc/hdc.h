@@ -12,16 +12,16 @@
 #include <chrono>
 #include <cstdint>
 
-#include <pthread.h>
 #include <unistd.h>
 
+#include "base/thread.h"
 #include "hdc/cbuffer.h"
 
 namespace kesto {
 
 struct HdcContext {
   std::atomic<std::uint8_t> running{0};          ///< 1 while the print thread is to run; written by the job thread
-  pthread_t printThread{};                       ///< valid while `running` is 1; job thread only
+  Thread printThread;                            ///< started and joined by the job thread
   cbuffer buffer;                                ///< writers produce, the print thread consumes
   std::atomic<std::uint32_t> flushThreshold{0};  ///< written by the job thread, read by writers and the print thread
   std::atomic<std::uint8_t> stopping{0};         ///< 1 while hdcStopPrintThread waits: no further block is taken

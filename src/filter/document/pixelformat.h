@@ -12,6 +12,9 @@
 
 namespace kesto {
 
+/// The widest line of a page: rounded up to a multiple of 16 it is still a 16-bit SourceWidth.
+inline constexpr std::uint32_t MAX_PIXEL_WIDTH = 65520;
+
 /// What a job's line blocks hold.
 enum class PixelFormat : std::uint8_t { GREY, RGB };
 

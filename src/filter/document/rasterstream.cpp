@@ -17,9 +17,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// The widest line whose length, rounded up to a multiple of 16, is a 16-bit SourceWidth, and the highest page whose
-/// last strip still begins at a signed 16-bit Point.
-constexpr unsigned MAX_WIDTH = 65520;
+/// The highest page whose last strip still begins at a signed 16-bit Point.
 constexpr unsigned MAX_HEIGHT = 32768;
 
 /// How much of the input is read at a time. Many lines for one system call, and little enough to stay in a processor's
@@ -44,7 +42,7 @@ void applyDefaults(cups_page_header2_t& header) {
 
 /// What makes a header unusable, or empty. Every number is checked that memory or positions are computed from.
 std::string findFault(const cups_page_header2_t& header) {
-  if (header.cupsWidth == 0 || header.cupsHeight == 0 || header.cupsWidth > MAX_WIDTH ||
+  if (header.cupsWidth == 0 || header.cupsHeight == 0 || header.cupsWidth > MAX_PIXEL_WIDTH ||
       header.cupsHeight > MAX_HEIGHT) {
     return "a page of " + std::to_string(header.cupsWidth) + " x " + std::to_string(header.cupsHeight) +
            " pixels cannot be printed";

@@ -29,10 +29,6 @@ constexpr milliseconds TERMINATE_TIME{100};
 /// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
 constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
 
-/// The descriptors of the spooler's back and side channel, which are the filter's alone.
-constexpr int BACK_CHANNEL = 3;
-constexpr int SIDE_CHANNEL = 4;
-
 /// The child's way to the renderer program; only calls that are safe after a fork, as is execvp, which needs no memory
 /// for a program that is named with its folder. Never returns.
 [[noreturn]] void becomeRenderer(const char* program, char* const arguments[], int rasterOut, int errorOut,
@@ -41,6 +37,7 @@ constexpr int SIDE_CHANNEL = 4;
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(ECHILD);  // the parent died before the line above could take effect
   signal(SIGPIPE, SIG_DFL);
+  // The spooler's back and side channel are the filter's alone.
   fcntl(BACK_CHANNEL, F_SETFD, FD_CLOEXEC);
   fcntl(SIDE_CHANNEL, F_SETFD, FD_CLOEXEC);
   if (dup2(rasterOut, STDOUT_FILENO) >= 0) execvp(program, arguments);

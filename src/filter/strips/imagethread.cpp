@@ -111,21 +111,16 @@ void* process_image_thread(void* runFlag) {
 }
 
 void ImageThread::ensureRunning() {
-  if (joinable_) return;
-  const int error = pthread_create(&thread_, nullptr, process_image_thread, &imageProcessorContext);
+  if (thread_.isStarted()) return;
+  const int error = thread_.start(process_image_thread, &imageProcessorContext);
   if (error != 0) failJobWithText("ERROR: Unable to ran process_image_thread!", error);
-  joinable_ = true;
 }
 
 void ImageThread::stop() {
   // The thread sets the flag itself, once: a flag that is cleared before would be set again.
-  pollUntil([this] {
-    joinable_ = joinable_ && pthread_tryjoin_np(thread_, nullptr) != 0;
-    return !joinable_ || imageProcessorContext.load(std::memory_order_acquire) != 0;
-  });
+  pollUntil([this] { return thread_.joinIfEnded() || imageProcessorContext.load(std::memory_order_acquire) != 0; });
   imageProcessorContext.store(0, std::memory_order_release);
-  if (joinable_) pthread_join(thread_, nullptr);
-  joinable_ = false;
+  thread_.join();
 }
 
 }  // namespace kesto

@@ -1,7 +1,7 @@
 // The image thread: takes line blocks out of imageLineBlockBuffer and has strips made of them.
 #pragma once
 
-#include <pthread.h>
+#include "base/thread.h"
 
 namespace kesto {
 
@@ -21,8 +21,7 @@ class ImageThread {
   void stop();
 
  private:
-  pthread_t thread_ = {};
-  bool joinable_ = false;
+  Thread thread_;
 };
 
 /// Thread body: compresses the line blocks of imageLineBlockBuffer until the run flag at `runFlag` (a

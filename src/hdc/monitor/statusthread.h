@@ -10,9 +10,8 @@
 #include <optional>
 #include <tuple>
 
-#include <pthread.h>
-
 #include "base/poll.h"
+#include "base/thread.h"
 #include "hdc/hdc.h"
 
 namespace kesto {
@@ -20,19 +19,19 @@ namespace kesto {
 /// A status thread. The job thread starts and stops it; the thread itself only reads the flag.
 struct StatusThread {
   std::atomic<std::uint8_t> running{0};  ///< written by the job thread, read by the status thread
-  pthread_t thread{};                    ///< valid while `running` is 1; job thread only
+  Thread thread;                         ///< job thread only
 
   /// Starts `body` with `argument`. A thread that cannot be made leaves the job without a monitor, which it can do
   /// without. Nothing happens when it runs already.
   void start(void* (*body)(void*), void* argument) {
     if (running.exchange(1, std::memory_order_acq_rel) == 1) return;
-    if (pthread_create(&thread, nullptr, body, argument) != 0) running.store(0, std::memory_order_release);
+    if (thread.start(body, argument) != 0) running.store(0, std::memory_order_release);
   }
 
   /// Clears the flag and waits for the thread to end. Nothing happens when it was not started.
   void stop() {
-    if (running.exchange(0, std::memory_order_acq_rel) == 0) return;
-    pthread_join(thread, nullptr);
+    running.store(0, std::memory_order_release);
+    thread.join();
   }
 
   [[nodiscard]] bool stopped() const { return running.load(std::memory_order_acquire) == 0; }

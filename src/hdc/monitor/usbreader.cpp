@@ -3,6 +3,7 @@
 #include <cups/sidechannel.h>
 #include <poll.h>
 
+#include "base/descriptor.h"
 #include "hdc/monitor/alertreport.h"
 #include "npa/NPAValidator.h"
 #include "npa/packetjoiner.h"
@@ -13,7 +14,6 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr int BACK_CHANNEL = 3;
 constexpr milliseconds READ_TIME{1000};
 constexpr milliseconds REPORT_PAUSE{2000};
 
