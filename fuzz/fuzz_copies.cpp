@@ -25,6 +25,29 @@ std::vector<Bytes> blocksOf(int page, std::uint32_t count) {
   return blocks;
 }
 
+/// Keeps the pages that are printed, and wants so many copies.
+class Printer : public PageWriter {
+ public:
+  explicit Printer(int wanted) : wanted_(wanted) {}
+
+  void startPage() override {
+    require(!std::exchange(open_, true));
+    pages.emplace_back();
+  }
+  void sendBlock(std::span<const std::uint8_t> block) override {
+    require(open_);
+    pages.back().emplace_back(block.begin(), block.end());
+  }
+  void endPage() override { require(std::exchange(open_, false)); }
+  [[nodiscard]] bool isCopyWanted() const override { return wanted_-- > 0; }
+
+  std::vector<std::vector<Bytes>> pages;
+
+ private:
+  bool open_ = false;
+  mutable int wanted_;
+};
+
 void makeCopies(Input& in) {
   const auto copies = static_cast<std::int32_t>(in.number(0, 5)) - 1;
   const bool duplex = in.flag();
@@ -34,41 +57,29 @@ void makeCopies(Input& in) {
   const int wanted = ending < 2 ? 100 : ending >> 1;
   while (!in.empty() && blockCounts.size() < 12) blockCounts.push_back(in.number(0, 3));
 
-  std::vector<std::vector<Bytes>> printed;
-  bool open = false;
-  const auto send = [&](CopyCache::Block block) {
-    require(open);
-    printed.back().emplace_back(block.begin(), block.end());
-  };
-  const auto start = [&] {
-    require(!std::exchange(open, true));
-    printed.emplace_back();
-  };
-  const auto end = [&] { require(std::exchange(open, false)); };
-  const auto isWanted = [left = wanted]() mutable { return left-- > 0; };
+  Printer printer(wanted);
   {
-    CopyCache cache(copies, duplex, GEOMETRY, {.start = start, .send = send, .end = end, .wanted = isWanted});
+    CopyCache cache(copies, duplex, GEOMETRY, printer);
     for (std::size_t page = 0; page < blockCounts.size(); ++page) {
       cache.beginPage();
-      start();
+      printer.startPage();
       for (const Bytes& block : blocksOf(static_cast<int>(page), blockCounts[page])) {
-        send(block);
+        printer.sendBlock(block);
         cache.keep(block);
       }
-      end();
+      printer.endPage();
       const bool last = page + 1 == blockCounts.size();
       cache.finishPage(!last || cancelled, last && cancelled);
     }
   }
   std::vector<std::vector<Bytes>> due;
   for (const auto& [page, isFirst] : fuzz::copyPlan(blockCounts.size(), copies, duplex, cancelled, wanted)) {
-    // A page without a block can only be repeated as a white one; a blank back is as long as its front.
-    const std::size_t source = page == fuzz::BLANK ? blockCounts.size() - 1 : static_cast<std::size_t>(page);
-    const bool white = page == fuzz::BLANK || blockCounts[source] == 0;
-    const std::uint32_t count = blockCounts[source] != 0 || isFirst ? blockCounts[source] : 3;
-    due.push_back(blocksOf(white ? -1 : page, count));
+    // A page without a block can only be repeated as a white one.
+    constexpr std::uint32_t WHOLE_PAGE = 3;
+    const std::uint32_t own = page == fuzz::BLANK ? 0 : blockCounts[static_cast<std::size_t>(page)];
+    due.push_back(blocksOf(own == 0 ? -1 : page, own != 0 || isFirst ? own : WHOLE_PAGE));
   }
-  require(printed == due);
+  require(printer.pages == due);
 }
 
 /// A page list as a vector and a position, -1 for none.

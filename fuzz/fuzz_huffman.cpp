@@ -85,7 +85,7 @@ void requireSymbol(const Symbol& symbol, std::uint32_t& restarts, WicketCoder* c
 void writeAndRead(Input& in) {
   WicketCoder* coder = freshCoder();
   Bytes stream(in.word16() % 4096);
-  coder->restartNumber = in.byte();
+  coder->restartNumber = in.byte() % RESTART_NUMBERS;
   std::uint32_t restarts = static_cast<std::uint32_t>(coder->restartNumber);
   const auto capacity = static_cast<std::uint32_t>(stream.size());
   require(outputBuffer(stream.data(), capacity, coder) == (stream.data() == nullptr ? CODEC_NULL_POINTER : CODEC_OK));

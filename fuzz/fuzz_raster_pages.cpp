@@ -160,15 +160,17 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
   jobsetting = &setting;
   const fuzz::JobInMemory output;
   try {
-    PageLoop loop(raster, job.jobSheet ? "job-sheet" : nullptr, job.copies, pageFollows);
+    std::optional<PageLoop> loop;
+    ImageThread imageThread;
+    if (pageFollows) loop.emplace(raster, imageThread, job.jobSheet ? "job-sheet" : nullptr, job.copies);
     writePJLHeader(setting, "title", "user", nullptr);
     startSession(setting.resolution);
-    loop.run();
-    loop.free();
+    const PagesPrinted printed = loop ? loop->run() : PagesPrinted{};
+    loop.reset();
     endSession();
     writePJLEndOfJob();
-    loop.stopImageThread();
-    require(loop.leftEarly() == (pageFollows && job.jobSheet));
+    imageThread.stop();
+    require(printed.leftEarly == (pageFollows && job.jobSheet));
   } catch (const JobError&) {
     return require(fuzz::isRefused(setting, pages[0].header.cupsWidth));
   }

@@ -44,55 +44,48 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
   return geometry;
 }
 
-/// Waits until the image thread has sent every block of the page, and ends the page.
-void finishPage() {
-  waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
-  waitInJob([] { return gBlockProcessingCompleted.load(std::memory_order_acquire) != 0; });
-  end_page();
-}
-
-bool isCopyWanted() {
-  return timeSinceCancel() < CANCEL_COPIES_TIME;
+PixelFormat jobFormat() {
+  return jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY;
 }
 
 }  // namespace
 
-PageLoop::PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows)
-    : raster_(raster), pageFollows_(pageFollows), jobSheet_(isJobSheet(fileType)) {
-  if (!pageFollows_) return;
-  const PixelFormat format = jobsetting->isColor != 0 ? PixelFormat::RGB : PixelFormat::GREY;
-  const PageGeometry geometry = decideGeometry(*raster_.header(), *jobsetting, format);
-  blocks_.emplace(geometry.blockBytes());
-  const auto send = [this](CopyCache::Block block) { blocks_->send(block); };
-  copies_.emplace(
-      copies, jobsetting->duplex == ON, geometry,
-      CopyCache::PageWriter{.start = [this] { startPage(); }, .send = send, .end = finishPage, .wanted = isCopyWanted});
-  reader_.emplace(raster_, format, geometry,
-                  PageReader::BlockSink{.hasRoom = [this] { return blocks_->hasRoom(); },
-                                        .place = [this] { return blocks_->place(); },
-                                        .send =
-                                            [this](CopyCache::Block block) {
-                                              copies_->keep(block);
-                                              blocks_->send(block);
-                                            }});
-}
+PageLoop::PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies)
+    : PageLoop(raster, imageThread, fileType, copies, jobFormat(),
+               decideGeometry(*raster.header(), *jobsetting, jobFormat())) {}
 
-void PageLoop::free() {
-  blocks_.reset();
-  reader_.reset();
-  copies_.reset();
-}
+PageLoop::PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
+                   PixelFormat format, const PageGeometry& geometry)
+    : raster_(raster),
+      imageThread_(imageThread),
+      jobSheet_(isJobSheet(fileType)),
+      ring_(geometry.blockBytes()),
+      copies_(copies, jobsetting->duplex == ON, geometry, *this),
+      reader_(raster, format, geometry, *this) {}
 
-void PageLoop::run() {
-  while (pageFollows_ && !isCancelled()) {
-    printPage();
-    if (jobSheet_) {
-      leftEarly_ = true;
-      return;
-    }
-    pageFollows_ = raster_.readHeader();
-    copies_->finishPage(pageFollows_, isCancelled());
+PagesPrinted PageLoop::run() {
+  PagesPrinted printed;
+  for (bool pageFollows = true; pageFollows && !isCancelled();) {
+    printPage(++printed.count);
+    printed.leftEarly = jobSheet_;
+    if (jobSheet_) break;
+    pageFollows = raster_.readHeader();
+    copies_.finishPage(pageFollows, isCancelled());
   }
+  return printed;
+}
+
+void PageLoop::printPage(int number) {
+  copies_.beginPage();
+  startPage();
+  report("PAGE: %d %u\n", number, raster_.header()->NumCopies);
+  reader_.readPage();
+  endPage();
+}
+
+void PageLoop::send(std::span<const std::uint8_t> block) {
+  copies_.keep(block);
+  ring_.send(block);
 }
 
 void PageLoop::startPage() {
@@ -100,13 +93,15 @@ void PageLoop::startPage() {
   imageThread_.ensureRunning();
 }
 
-void PageLoop::printPage() {
-  copies_->beginPage();
-  startPage();
-  ++pageCount_;
-  report("PAGE: %d %u\n", pageCount_, raster_.header()->NumCopies);
-  reader_->readPage();
-  finishPage();
+/// Waits until the image thread has sent every block of the page, and ends the page.
+void PageLoop::endPage() {
+  waitInJob([] { return cbufferIsEmpty(&imageLineBlockBuffer); });
+  waitInJob([] { return gBlockProcessingCompleted.load(std::memory_order_acquire) != 0; });
+  end_page();
+}
+
+bool PageLoop::isCopyWanted() const {
+  return timeSinceCancel() < CANCEL_COPIES_TIME;
 }
 
 }  // namespace kesto

@@ -1,10 +1,10 @@
 // The page loop: every raster page is cut into line blocks for the image thread, between a page start and a page end.
 //
-// Job thread only; it owns the producer side of imageLineBlockBuffer and the image thread's handle.
+// Job thread only; it owns the producer side of imageLineBlockBuffer.
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <span>
 
 #include "filter/document/rasterstream.h"
 #include "filter/lines/blockring.h"
@@ -14,45 +14,45 @@
 
 namespace kesto {
 
-class PageLoop {
+/// What a page loop has done.
+struct PagesPrinted {
+  int count = 0;           ///< pages read from the raster
+  bool leftEarly = false;  ///< the loop ended although the raster may hold further pages
+};
+
+class PageLoop : private BlockTaker, private PageWriter {
  public:
   /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
   /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
-  /// of the file, or null; `copies` is how often each page is to be made here; `pageFollows` says whether the header
-  /// has been read.
-  PageLoop(RasterStream& raster, const char* fileType, std::int32_t copies, bool pageFollows);
-  PageLoop(const PageLoop&) = delete;
-  PageLoop& operator=(const PageLoop&) = delete;
-  ~PageLoop() = default;
+  /// of the file, or null; `copies` is how often each page is to be made here. `raster` and `imageThread` outlive the
+  /// loop; the image thread may go on running behind it and finds nothing to do.
+  PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies);
 
   /// Prints page after page with its copies until the raster ends, after the first page of a job sheet, or after
   /// SIGTERM; a page that has begun is finished first.
-  void run();
-
-  /// Frees the line-block ring and the buffers. The image thread may still be running; it finds nothing to do.
-  void free();
-
-  void stopImageThread() { imageThread_.stop(); }
-
-  /// Pages read from the raster.
-  [[nodiscard]] int pageCount() const { return pageCount_; }
-
-  /// True when the loop ended although the raster may hold further pages.
-  [[nodiscard]] bool leftEarly() const { return leftEarly_; }
+  PagesPrinted run();
 
  private:
-  void printPage();
-  void startPage();
+  PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
+           PixelFormat format, const PageGeometry& geometry);
+  void printPage(int number);
+
+  // The page's blocks on their way from the reader to the ring are kept for its copies.
+  [[nodiscard]] bool hasRoom() const override { return ring_.hasRoom(); }
+  [[nodiscard]] std::span<std::uint8_t> place() override { return ring_.place(); }
+  void send(std::span<const std::uint8_t> block) override;
+
+  void startPage() override;
+  void sendBlock(std::span<const std::uint8_t> block) override { ring_.send(block); }
+  void endPage() override;
+  [[nodiscard]] bool isCopyWanted() const override;
 
   RasterStream& raster_;
-  bool pageFollows_;
+  ImageThread& imageThread_;
   bool jobSheet_;
-  std::optional<BlockRing> blocks_;
-  std::optional<PageReader> reader_;
-  std::optional<CopyCache> copies_;
-  ImageThread imageThread_;  ///< stopped before the ring goes
-  int pageCount_ = 0;
-  bool leftEarly_ = false;
+  BlockRing ring_;
+  CopyCache copies_;
+  PageReader reader_;
 };
 
 }  // namespace kesto

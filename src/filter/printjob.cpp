@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
@@ -121,8 +122,8 @@ struct ChannelGuard {
 };
 
 /// Ends the renderer: with its raster read to the end it may end by itself, and its status says how it went.
-void endRenderer(Renderer& renderer, const PageLoop& loop) {
-  if (isCancelled() || loop.leftEarly()) {
+void endRenderer(Renderer& renderer, bool leftEarly) {
+  if (isCancelled() || leftEarly) {
     renderer.stop();
   } else {
     renderer.finish();
@@ -145,12 +146,12 @@ void checkRaster(const RasterStream& raster) {
 
 /// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
 void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const RasterStream& raster,
-                      const PageLoop& loop) {
-  if (isCancelled() || loop.leftEarly() || !renderer.started()) return;
+                      const PagesPrinted& printed) {
+  if (isCancelled() || printed.leftEarly || !renderer.started()) return;
   const auto failure = renderer.failure();
-  const bool noPage = loop.pageCount() == 0;
+  const bool noPage = printed.count == 0;
   if (!raster.fault().empty()) {
-    report("ERROR: Page %d is not printed: %s.\n", loop.pageCount() + 1, raster.fault().c_str());
+    report("ERROR: Page %d is not printed: %s.\n", printed.count + 1, raster.fault().c_str());
   } else if (noPage && access(pdf.name().c_str(), R_OK) != 0) {
     reportErrno("ERROR: Unable to open the document", errno);
   } else if (noPage) {
@@ -158,7 +159,7 @@ void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const Rast
            failure ? ": pdftoraster " : "", failure.value_or("").c_str());
   } else if (raster.endedEarly() || failure) {
     report("ERROR: The document is incomplete: pdftoraster %s at page %d.\n", failure.value_or("ended early").c_str(),
-           loop.pageCount());
+           printed.count);
   }
 }
 
@@ -190,7 +191,9 @@ int runJob(int argc, char* argv[]) {
   checkRaster(raster);
   Settings settings(raster.header(), argv[OPTIONS]);
   OutputChannel output;
-  PageLoop loop(raster, fileType, copiesToMake(argv[OPTIONS]), pageFollows);
+  std::optional<PageLoop> loop;
+  ImageThread imageThread;  // ends before the ring goes that it may be working in
+  if (pageFollows) loop.emplace(raster, imageThread, fileType, copiesToMake(argv[OPTIONS]));
 
   StatusMonitor monitor(device);
   const ChannelGuard guard;
@@ -198,19 +201,19 @@ int runJob(int argc, char* argv[]) {
   writeStatusRequests(device);
   writePJLHeader(*jobsetting, argv[TITLE], argv[USER], fileType);
   startSession(jobsetting->resolution);
-  loop.run();
+  const PagesPrinted printed = loop ? loop->run() : PagesPrinted{};
 
-  loop.free();
+  loop.reset();
   settings.free();
   raster.close();
-  endRenderer(renderer, loop);
+  endRenderer(renderer, printed.leftEarly);
   endSession();
   writePJLEndOfJob();
   output.finish();
   monitor.stop();
-  loop.stopImageThread();
+  imageThread.stop();
   checkRaster(raster);
-  reportIncomplete(pdf, renderer, raster, loop);
+  reportIncomplete(pdf, renderer, raster, printed);
   report("END MAIN\n");
   report("IS terminated %d\n", isCancelled() ? 1 : 0);
   return 0;

@@ -21,7 +21,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 /// Reads a page of 24 MB, more than the renderer's pipe and the reader take of noise, from the stand-in renderer.
-class PageReading : public testing::Test {
+class PageReading : public testing::Test, private BlockTaker {
  protected:
   static constexpr PageGeometry GEOMETRY{.pixelWidth = 2000, .pixelHeight = 4000, .bytesPerPixel = 3};
 
@@ -42,12 +42,8 @@ class PageReading : public testing::Test {
     raster_.emplace(*renderer_);
     EXPECT_TRUE(raster_->readHeader());
     place_.resize(GEOMETRY.blockBytes());
-    return {*raster_,
-            PixelFormat::RGB,
-            GEOMETRY,
-            {.hasRoom = std::move(hasRoom),
-             .place = [this] { return std::span(place_); },
-             .send = [this](auto block) { compare(block); }}};
+    hasRoom_ = std::move(hasRoom);
+    return {*raster_, PixelFormat::RGB, GEOMETRY, *this};
   }
 
   void expectTheWholePage() {
@@ -60,7 +56,9 @@ class PageReading : public testing::Test {
   std::size_t blocks_ = 0;  ///< taken so far
 
  private:
-  void compare(std::span<const std::uint8_t> block) {
+  [[nodiscard]] bool hasRoom() const override { return hasRoom_(); }
+  [[nodiscard]] std::span<std::uint8_t> place() override { return place_; }
+  void send(std::span<const std::uint8_t> block) override {
     const auto rows = block.subspan(LINE_BLOCK_HEADER_SIZE, LINES_PER_BLOCK * GEOMETRY.bytesPerLine());
     if (std::memcmp(rows.data(), &expected_.at(blocks_ * rows.size()), rows.size()) != 0) ++wrongBlocks_;
     ++blocks_;
@@ -71,6 +69,7 @@ class PageReading : public testing::Test {
   std::optional<RasterStream> raster_;
   Bytes expected_;
   Bytes place_;
+  std::function<bool()> hasRoom_;
   std::size_t wrongBlocks_ = 0;
 };
 

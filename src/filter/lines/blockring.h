@@ -8,26 +8,23 @@
 #include <span>
 #include <vector>
 
+#include "filter/lines/blocktaker.h"
+
 namespace kesto {
 
-class BlockRing {
+class BlockRing : public BlockTaker {
  public:
   static constexpr std::uint32_t BLOCKS = 10;  ///< that the ring holds
 
   /// For blocks of `blockBytes` bytes. Ends the job when there is no memory.
   explicit BlockRing(std::uint32_t blockBytes);
-  BlockRing(const BlockRing&) = delete;
-  BlockRing& operator=(const BlockRing&) = delete;
-  ~BlockRing();
+  ~BlockRing() override;
 
-  /// True when a block fits. It then does until one is sent.
-  [[nodiscard]] bool hasRoom() const;
+  [[nodiscard]] bool hasRoom() const override;
+  [[nodiscard]] std::span<std::uint8_t> place() override;
 
-  /// Memory to build the next block in, if there is room for it; good until a block is sent.
-  [[nodiscard]] std::span<std::uint8_t> place();
-
-  /// Sends a block, be it built in `place` or anywhere else. Waits for room; ends the job when another thread fails.
-  void send(std::span<const std::uint8_t> block);
+  /// Waits for room; ends the job when another thread fails.
+  void send(std::span<const std::uint8_t> block) override;
 
  private:
   std::uint32_t blockBytes_;

@@ -2,19 +2,17 @@
 
 #include <cstring>
 #include <memory>
-#include <utility>
 
 #include "base/report.h"
 
 namespace kesto {
 
-CopyCache::CopyCache(std::int32_t copies, bool duplex, const PageGeometry& geometry, PageWriter writer)
-    : copies_(copies), duplex_(duplex), geometry_(geometry), writer_(std::move(writer)) {}
+CopyCache::CopyCache(std::int32_t copies, bool duplex, const PageGeometry& geometry, PageWriter& writer)
+    : copies_(copies), duplex_(duplex), geometry_(geometry), writer_(writer) {}
 
 CopyCache::~CopyCache() {
   release(rasterLD[0]);
   release(rasterLD[1]);
-  release(rasterBlankLD);
 }
 
 void CopyCache::beginPage() {
@@ -24,14 +22,11 @@ void CopyCache::beginPage() {
 }
 
 void CopyCache::keep(Block block) {
-  if (caching()) keepIn(rasterLD[backPage_], block);
-}
-
-void CopyCache::keepIn(PageList* list, Block block) {
+  if (!caching()) return;
   auto copy = std::make_unique_for_overwrite<std::uint8_t[]>(block.size());
   std::memcpy(copy.get(), block.data(), block.size());
   const PageListItem item = {static_cast<std::uint32_t>(block.size()), copy.get()};
-  if (append(list, &item) == LIST_OK) {
+  if (append(rasterLD[backPage_], &item) == LIST_OK) {
     copy.release();
   } else {
     report("LIST  IS FAILING TO APPEND\n");
@@ -55,47 +50,36 @@ void CopyCache::finishPage(bool more, bool cancelled) {
 }
 
 void CopyCache::replaySheets(int sides) {
-  for (std::int32_t copy = 1; copy < copies_ && writer_.wanted(); ++copy) {
+  for (std::int32_t copy = 1; copy < copies_ && writer_.isCopyWanted(); ++copy) {
     for (int side = 0; side < sides; ++side) replay(rasterLD[side]);
   }
 }
 
 void CopyCache::replayLoneFronts() {
-  makeBlankBack();
-  for (std::int32_t copy = 1; copy < copies_ && writer_.wanted(); ++copy) {
-    replay(rasterBlankLD);
+  for (std::int32_t copy = 1; copy < copies_ && writer_.isCopyWanted(); ++copy) {
+    writer_.startPage();
+    sendWhiteBlocks();
+    writer_.endPage();
     replay(rasterLD[0]);
-  }
-  release(rasterBlankLD);
-}
-
-void CopyCache::makeBlankBack() {
-  rasterBlankLD = new_list(sizeof(PageListItem));
-  WhiteBlock blank(geometry_);
-  PageListItem item = {};
-  for (ListResult result = read_first(rasterLD[0], &item); result == LIST_OK; result = read_next(rasterLD[0], &item)) {
-    LineBlockHeader header;
-    std::memcpy(&header, item.block, LINE_BLOCK_HEADER_SIZE);
-    keepIn(rasterBlankLD, blank.at(header.firstLine));
   }
 }
 
 void CopyCache::replay(PageList* list) {
-  writer_.start();
+  writer_.startPage();
   PageListItem item = {};
   ListResult result = read_first(list, &item);
   if (result != LIST_OK) {
     report("LIST  IS FAILING TO READ FIRST NODE\n");
-    replayWhitePage();
+    sendWhiteBlocks();
   }
-  for (; result == LIST_OK; result = read_next(list, &item)) writer_.send({item.block, item.blockSize});
-  writer_.end();
+  for (; result == LIST_OK; result = read_next(list, &item)) writer_.sendBlock({item.block, item.blockSize});
+  writer_.endPage();
 }
 
-void CopyCache::replayWhitePage() {
+void CopyCache::sendWhiteBlocks() {
   WhiteBlock blank(geometry_);
   for (std::uint32_t line = 0; line < geometry_.pixelHeight; line += LINES_PER_BLOCK) {
-    writer_.send(blank.at(line));
+    writer_.sendBlock(blank.at(line));
   }
 }
 

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 
 #include "filter/lines/lineblock.h"
@@ -21,21 +20,28 @@ struct [[gnu::packed]] PageListItem {
 };
 static_assert(sizeof(PageListItem) == 12, "items lie without a gap");
 
+/// Whoever prints the pages of a replay.
+class PageWriter {
+ public:
+  PageWriter() = default;
+  PageWriter(const PageWriter&) = delete;
+  PageWriter& operator=(const PageWriter&) = delete;
+  virtual ~PageWriter() = default;
+
+  virtual void startPage() = 0;
+  virtual void sendBlock(std::span<const std::uint8_t> block) = 0;
+  virtual void endPage() = 0;
+
+  /// Asked before each further copy.
+  [[nodiscard]] virtual bool isCopyWanted() const = 0;
+};
+
 class CopyCache {
  public:
   using Block = std::span<const std::uint8_t>;
 
-  /// What a replay needs: how to begin a page, how to send a line block of it, and how to end it; and whether a
-  /// further copy is still wanted, which is asked before each.
-  struct PageWriter {
-    std::function<void()> start;
-    std::function<void(Block)> send;
-    std::function<void()> end;
-    std::function<bool()> wanted;
-  };
-
   /// `copies` is the number of each page wanted; 1 or less makes a cache that does nothing.
-  CopyCache(std::int32_t copies, bool duplex, const PageGeometry& geometry, PageWriter writer);
+  CopyCache(std::int32_t copies, bool duplex, const PageGeometry& geometry, PageWriter& writer);
   CopyCache(const CopyCache&) = delete;
   CopyCache& operator=(const CopyCache&) = delete;
   ~CopyCache();
@@ -53,10 +59,8 @@ class CopyCache {
 
  private:
   [[nodiscard]] bool caching() const { return copies_ > 1; }
-  void keepIn(PageList* list, Block block);
-  void makeBlankBack();
   void replay(PageList* list);
-  void replayWhitePage();
+  void sendWhiteBlocks();
   void replaySheets(int sides);
   void replayLoneFronts();
   void release(PageList*& list);
@@ -64,10 +68,9 @@ class CopyCache {
   std::int32_t copies_;
   bool duplex_;
   PageGeometry geometry_;
-  PageWriter writer_;
-  int backPage_ = 0;                  ///< 1 while the page being printed is the back of a sheet
-  PageList* rasterLD[2] = {};         ///< the line blocks of the sheet's front, or of a simplex page, and of its back
-  PageList* rasterBlankLD = nullptr;  ///< a blank twin of every block of rasterLD[0]
+  PageWriter& writer_;
+  int backPage_ = 0;           ///< 1 while the page being printed is the back of a sheet
+  PageList* rasterLD[2] = {};  ///< the line blocks of the sheet's front, or of a simplex page, and of its back
 };
 
 }  // namespace kesto

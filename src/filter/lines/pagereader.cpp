@@ -1,18 +1,17 @@
 #include "filter/lines/pagereader.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "filter/joberror.h"
 #include "jobsettings/jobsettings.h"
 
 namespace kesto {
 
-PageReader::PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockSink sink)
+PageReader::PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockTaker& taker)
     : raster_(raster),
       format_(format),
       geometry_(geometry),
-      sink_(std::move(sink)),
+      taker_(taker),
       lines_(geometry.bytesPerLine(), STORE_BYTES) {}
 
 void PageReader::readPage() {
@@ -22,7 +21,7 @@ void PageReader::readPage() {
     const bool maySend = lines_.size() >= LINES_PER_BLOCK;
     const bool mayRead = read < geometry_.pixelHeight && lines_.hasRoom();
     // Without a line in the store the next ones go into a block at once.
-    if ((maySend || read == sent) && sink_.hasRoom()) {
+    if ((maySend || read == sent) && taker_.hasRoom()) {
       sendBlock(sent);
       sent += LINES_PER_BLOCK;
       read = std::max(read, sent);
@@ -33,7 +32,7 @@ void PageReader::readPage() {
     } else if (mayRead) {
       waitForInputOrRoom();
     } else {
-      waitInJob(sink_.hasRoom);
+      waitInJob([this] { return taker_.hasRoom(); });
     }
   }
   raster_.dropRestOfPage();
@@ -47,7 +46,7 @@ void PageReader::readLine(std::span<std::uint8_t> line) {
 }
 
 void PageReader::sendBlock(std::uint32_t firstLine) {
-  const LineBlock block(sink_.place(), geometry_, firstLine);
+  const LineBlock block(taker_.place(), geometry_, firstLine);
   const bool stored = lines_.size() > 0;
   for (std::uint32_t slot = 0; slot < LINES_PER_BLOCK; ++slot) {
     if (stored) {
@@ -56,11 +55,11 @@ void PageReader::sendBlock(std::uint32_t firstLine) {
       readLine(block.imageRow(slot));
     }
   }
-  sink_.send(block.bytes());
+  taker_.send(block.bytes());
 }
 
 void PageReader::waitForInputOrRoom() {
-  waitInJob([this] { return sink_.hasRoom() || raster_.inputWaits(); }, RasterStream::sleepUntilInput);
+  waitInJob([this] { return taker_.hasRoom() || raster_.inputWaits(); }, RasterStream::sleepUntilInput);
 }
 
 }  // namespace kesto

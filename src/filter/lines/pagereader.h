@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 
 #include "filter/document/rasterstream.h"
+#include "filter/lines/blocktaker.h"
 #include "filter/lines/lineblock.h"
 #include "filter/lines/linestore.h"
 
@@ -20,16 +20,9 @@ class PageReader {
   /// Memory for lines that have been read ahead. A page of text at 600 dpi takes about as much.
   static constexpr std::size_t STORE_BYTES = std::size_t{16} * 1024 * 1024;
 
-  /// Where the blocks go: each is built in the memory of `place`. That and `send` are called only when `hasRoom` has
-  /// returned true.
-  struct BlockSink {
-    std::function<bool()> hasRoom;
-    std::function<std::span<std::uint8_t>()> place;
-    std::function<void(std::span<const std::uint8_t>)> send;
-  };
-
-  /// A reader for pages of this geometry. `raster` outlives it. Throws std::bad_alloc.
-  PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockSink sink);
+  /// A reader for pages of this geometry, whose blocks are built in `taker`'s memory when it has room. `raster` and
+  /// `taker` outlive the reader. Throws std::bad_alloc.
+  PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockTaker& taker);
 
   /// Reads the raster's current page to its end and sends all its blocks. What the raster's page lacks is white, what
   /// it has too much is dropped. Ends the job when another thread fails.
@@ -43,7 +36,7 @@ class PageReader {
   RasterStream& raster_;
   PixelFormat format_;
   PageGeometry geometry_;
-  BlockSink sink_;
+  BlockTaker& taker_;
   LineStore lines_;
 };
 

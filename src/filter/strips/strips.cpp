@@ -20,7 +20,7 @@ BandCache gCacheBands;
 constinit std::uint32_t gCacheBandIndex = 0;
 
 void BandCache::clear() {
-  std::ranges::fill(entries, BandCacheEntry{});
+  firstLine = width = 0;
   wicketData.clear();
   tags.clear();
 }
@@ -111,10 +111,10 @@ std::span<const std::uint8_t> streamOf(WicketSettings* settings, WicketCoder* co
   return stream;
 }
 
-void writeImageStart(const BandCacheEntry& first, std::uint16_t height) {
+void writeImageStart(const BandCache& strip, std::uint16_t height) {
   using namespace xl;
-  const std::uint16_t width = low16(first.width);
-  outputXLAttrSInt16XY(hdcWrite, attr::Point, 0, static_cast<std::int16_t>(first.firstLine));
+  const std::uint16_t width = low16(strip.width);
+  outputXLAttrSInt16XY(hdcWrite, attr::Point, 0, static_cast<std::int16_t>(strip.firstLine));
   outputOperator(hdcWrite, op::SetCursor);
   outputXLAttrByte(hdcWrite, attr::ColorMapping, eDirectPixel);
   outputXLAttrByte(hdcWrite, attr::ColorDepth, e8Bit);
@@ -142,7 +142,7 @@ void writeImageData(std::uint16_t height, std::uint8_t compressMode, std::span<c
 /// Sends the gathered bands as one image strip and starts a new one.
 void sendStrip(std::uint32_t bandCount) {
   const std::uint16_t height = low16(LINES_PER_BLOCK * bandCount);
-  writeImageStart(gCacheBands.entries[0], height);
+  writeImageStart(gCacheBands, height);
   writeImageData(height, xl::eWicketCompression, gCacheBands.wicketData);
 
   writeImageData(height, xl::eTbrleCompression, gCacheBands.tags.encode());
@@ -161,10 +161,10 @@ void compress_and_send(WicketSettings* settings, WicketCoder* coder, std::uint32
   const auto stream = streamOf(settings, coder, {width, pixelCount, y, cb, cr, imageRows});
   gCacheBands.wicketData.insert(gCacheBands.wicketData.end(), stream.begin(), stream.end());
   gCacheBands.tags.append({tagRows, pixelCount});
-  gCacheBands.entries[index] = {.firstLine = firstLine,
-                                .width = width,
-                                .wicketEnd = static_cast<std::uint32_t>(gCacheBands.wicketData.size()),
-                                .tagEnd = gCacheBands.tags.size()};
+  if (index == 0) {
+    gCacheBands.firstLine = firstLine;
+    gCacheBands.width = width;
+  }
   if (index == BANDS_PER_STRIP - 1 || lastBand != 0) {
     sendStrip(index + 1);
   } else {

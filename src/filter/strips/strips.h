@@ -15,17 +15,10 @@ namespace kesto {
 
 inline constexpr std::uint32_t BANDS_PER_STRIP = 32;
 
-/// Where a band of the strip being gathered begins, and where its data end among those of the bands before it.
-struct BandCacheEntry {
-  std::uint32_t firstLine = 0;  ///< line of the page
-  std::uint32_t width = 0;      ///< pixels
-  std::uint32_t wicketEnd = 0;  ///< bytes of Wicket data of this band and all before it
-  std::uint32_t tagEnd = 0;     ///< bytes of tags of this band and all before it
-};
-
 /// The bands of the strip being gathered. Image thread only.
 struct BandCache {
-  BandCacheEntry entries[BANDS_PER_STRIP] = {};
+  std::uint32_t firstLine = 0;           ///< of the page, where the first band begins
+  std::uint32_t width = 0;               ///< pixels of the first band's lines
   std::vector<std::uint8_t> wicketData;  ///< the bands' streams, end to end
   TagPlane tags;                         ///< the bands' tag rows, end to end
   std::vector<std::uint8_t> blockMap;    ///< work space of one band
