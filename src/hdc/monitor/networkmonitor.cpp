@@ -1,17 +1,14 @@
 #include "hdc/monitor/networkmonitor.h"
 
-#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstring>
 #include <span>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
+#include "base/datagram.h"
 #include "base/report.h"
 #include "hdc/monitor/alertreport.h"
 #include "npa/NPAValidator.h"
@@ -23,8 +20,7 @@ using std::chrono::milliseconds;
 
 constexpr std::uint16_t NPA_PORT = 9300;
 constexpr std::size_t SHORTEST_ADDRESS = 8;
-constexpr std::uint32_t SMALLEST_RECEIVE_BUFFER = 540;
-constexpr milliseconds RECEIVE_TIME{2000};
+constexpr std::chrono::seconds RECEIVE_TIME{2};
 constexpr milliseconds RETRY_PAUSE{1000};
 constexpr milliseconds POLL_PAUSE{2000};
 
@@ -166,31 +162,17 @@ void* npa_network_thread(void* address) {
 }
 
 std::int32_t InitializeNpaNetworkConnection(const char* address, int& descriptor) {
-  descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  descriptor = openDatagramSocket();
   if (descriptor < 0) return -1;
-  sockaddr_in printer = {};
-  printer.sin_family = AF_INET;
-  printer.sin_port = htons(NPA_PORT);
-  printer.sin_addr.s_addr = inet_addr(address);
-  const void* generic = &printer;
-  if (printer.sin_addr.s_addr == INADDR_NONE ||
-      connect(descriptor, static_cast<const sockaddr*>(generic), sizeof printer) != 0) {
-    return -1;
-  }
-  const timeval timeout = {.tv_sec = RECEIVE_TIME.count() / 1000, .tv_usec = 0};
-  setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-  return 0;
+  return connectDatagramSocket(descriptor, address, NPA_PORT, RECEIVE_TIME) ? 0 : -1;
 }
 
 ssize_t SendNpaNetworkCommand(int descriptor, const std::uint8_t* bytes, std::uint32_t length) {
-  if (bytes == nullptr || length == 0) return -1;
-  return send(descriptor, bytes, length, MSG_NOSIGNAL);
+  return sendDatagram(descriptor, bytes, length);
 }
 
 ssize_t ReadNpaNetworkResponse(int descriptor, std::uint8_t* buffer, std::uint32_t length) {
-  if (buffer == nullptr || length < SMALLEST_RECEIVE_BUFFER) return -1;
-  std::fill_n(buffer, length, std::uint8_t{0});
-  return recv(descriptor, buffer, length, 0);
+  return receiveDatagram(descriptor, buffer, length);
 }
 
 void CloseNpaNetworkConnection(int& descriptor) {
