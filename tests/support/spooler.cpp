@@ -59,8 +59,8 @@ PrivateSpooler::~PrivateSpooler() {
 
 void PrivateSpooler::makeFolders() {
   fs::permissions(folder_.path(), fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
-  for (const char* name : {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter",
-                           "bin/backend"}) {
+  for (const char* name :
+       {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter", "bin/backend"}) {
     fs::create_directories(folder_.path() + "/" + name);
   }
   fs::permissions(outputPath(""), fs::perms::all);
