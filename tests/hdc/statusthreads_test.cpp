@@ -19,6 +19,7 @@ using printer::operator+;
 
 Bytes response(std::uint8_t mask, const std::vector<std::string>& texts) {
   std::vector<printer::Alert> alerts;
+  alerts.reserve(texts.size());
   for (const std::string& text : texts) alerts.push_back({.entries = {{1, text}}, .text9 = {}, .text10 = {}});
   return printer::alertResponse(mask, printer::alertBlock(alerts));
 }

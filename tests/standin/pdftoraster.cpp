@@ -40,7 +40,7 @@ void send(const void* data, std::size_t count) {
   const auto* bytes = static_cast<const char*>(data);
   while (count > 0) {
     const ssize_t written = write(STDOUT_FILENO, bytes, bytewise ? 1 : count);
-    if (written <= 0) std::exit(1);
+    if (written <= 0) std::exit(1);  // NOLINT(concurrency-mt-unsafe): one thread
     bytes += written;
     count -= static_cast<std::size_t>(written);
   }
@@ -94,6 +94,7 @@ void perform(const Step& step, std::span<char*> arguments) {
         kesto::test::pixelsOf("page height=1 bits=8 pattern=noise width=" + std::to_string(step.number("bytes", 1000)));
     send(noise.data(), noise.size());
   }
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   if (step.verb == "exit") std::exit(static_cast<int>(step.number("status", 0)));
   if (step.verb == "close") close(STDOUT_FILENO);
   if (step.verb == "sync") syncWord = step.number("word", 0);

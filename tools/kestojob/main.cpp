@@ -157,7 +157,8 @@ ExitStatus runCall(const Call& call, void (*run)(const Call&)) {
 }  // namespace
 }  // namespace kesto::job
 
-int main(int argc, char** argv) {
+// What may be thrown past the calls below is a shortage of memory, which may end the program.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
   using namespace kesto::job;
   Call call;
   void (*run)(const Call&) = nullptr;

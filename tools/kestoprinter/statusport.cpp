@@ -89,7 +89,6 @@ void StatusPort::damage(std::vector<Bytes>& answers, std::size_t prefix) const {
   for (Bytes& answer : answers) {
     switch (behaviour_.fault) {
       case Fault::NONE:
-        break;
       case Fault::SILENT:
         break;
       case Fault::GARBAGE:

@@ -90,6 +90,7 @@ int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, co
   File childOutput(output[1]), childAnswers(answers[0]);
   setenv("DEVICE_URI", "usb://Kesto/Page", 0);  // NOLINT(concurrency-mt-unsafe): one thread
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
   const pid_t child = fork();
