@@ -29,11 +29,11 @@ void measureResolutions(const Programs& programs, Report& report) {
     tellProgress(dpi + " dpi");
     const Setup setup = programs.rgbPrinter(resolution.dpi);
     const std::string raster = programs.render(setup, page, dpi + ".ras");
-    const Usage usage = runProgram(programs.filterOnRaster(raster, resolution.pages));
+    const Outcome usage = runProgram(programs.filterOnRaster(raster, resolution.pages));
     own.values.emplace_back(dpi, usage.processorSeconds / resolution.pages);
     const Comparison times = compare(
-        3, [&] { return runProgram(Programs::filter(setup, document)).seconds / RENDERED_PAGES; },
-        [&] { return runProgram(Programs::renderer(setup, document)).seconds / RENDERED_PAGES; });
+        3, [&] { return secondsOf(runProgram(Programs::filter(setup, document))) / RENDERED_PAGES; },
+        [&] { return secondsOf(runProgram(Programs::renderer(setup, document))) / RENDERED_PAGES; });
     whole.values.emplace_back(dpi, times.ours);
     renderer.values.emplace_back(dpi, times.theirs);
   }
@@ -50,8 +50,12 @@ void measureResolutions(const Programs& programs, Report& report) {
   report.series.insert(report.series.end(), {whole, renderer, own});
 }
 
+double megabytes(const Outcome& outcome) {
+  return 1024e-6 * static_cast<double>(outcome.peakMemory);
+}
+
 /// The usage of a job of so many times the one page in `raster`.
-Usage printPages(const Programs& programs, const std::string& raster, unsigned pages) {
+Outcome printPages(const Programs& programs, const std::string& raster, unsigned pages) {
   tellProgress(std::to_string(pages) + (pages == 1 ? " page" : " pages"));
   return runProgram(programs.filterOnRaster(raster, pages));
 }
@@ -78,8 +82,8 @@ void measureMemory(const Programs& programs, Report& report) {
   constexpr double SAME_MEMORY = 1.05;
   const std::string page = programs.write("page.pdf", makePhotographDocument(1));
   const std::string raster = programs.render(Programs::product(), page, "photograph.ras");
-  const double few = printPages(programs, raster, 3).peakMegabytes;
-  const double many = printPages(programs, raster, 300).peakMegabytes;
+  const double few = megabytes(printPages(programs, raster, 3));
+  const double many = megabytes(printPages(programs, raster, 300));
   report.tables.push_back({"Memory, 600 dpi, no copies",
                            "megabytes resident at most",
                            "compared with",

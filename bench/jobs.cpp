@@ -10,14 +10,14 @@ constexpr int TURNS = 3;
 
 Comparison compareWithRenderer(const std::string& document) {
   return compare(
-      TURNS, [&] { return runProgram(Programs::filter(Programs::product(), document)).seconds; },
-      [&] { return runProgram(Programs::renderer(Programs::product(), document)).seconds; });
+      TURNS, [&] { return secondsOf(runProgram(Programs::filter(Programs::product(), document))); },
+      [&] { return secondsOf(runProgram(Programs::renderer(Programs::product(), document))); });
 }
 
 /// Milliseconds of processor time a page, without what came before: both get the raster through a pipe.
 Comparison compareWithRasterFilter(const Programs& programs, const Setup& theirs, const std::string& raster) {
   constexpr unsigned PAGES = 30;
-  const auto perPage = [](const Usage& usage) { return 1e3 * usage.processorSeconds / PAGES; };
+  const auto perPage = [](const Outcome& usage) { return 1e3 * usage.processorSeconds / PAGES; };
   return compare(
       TURNS, [&] { return perPage(runProgram(programs.filterOnRaster(raster, PAGES))); },
       [&] { return perPage(runProgramBehind(programs.replay(raster, PAGES), Programs::rasterToPcl(theirs))); });

@@ -1,36 +1,28 @@
-// Running programs as the spooler would, their output thrown away through a pipe, and what they took.
+// Running programs for what they take: their output goes through a pipe and is dropped.
 #pragma once
 
 #include <string>
-#include <vector>
+
+#include "support/process.h"
 
 namespace kesto::bench {
 
-/// What to run: the program's path, all its arguments (argv[0] included) and its environment besides PATH.
-struct Program {
-  std::string path;
-  std::vector<std::string> arguments;
-  std::vector<std::string> environment{};
-};
+using test::Command;
+using test::Outcome;
 
-struct Usage {
-  double seconds = 0;           ///< by the clock on the wall
-  double processorSeconds = 0;  ///< of the program's own threads; its children's are not counted
-  double peakMegabytes = 0;     ///< resident at most, of the program alone
-};
+/// Runs the program with nothing on standard input. Throws std::runtime_error when it fails, which a filter can do with
+/// exit status 0 and a line that begins with "ERROR:".
+Outcome runProgram(Command program);
 
-/// Runs the program with an empty standard input and reads its output to the end. Throws std::runtime_error when it
-/// cannot be run or its exit status is not 0.
-[[nodiscard]] Usage runProgram(const Program& program);
-
-/// The same with the output of `producer` as its standard input. What is told is of `program`.
-[[nodiscard]] Usage runProgramBehind(const Program& producer, const Program& program);
+/// The same with the output of `producer` as its standard input; what is returned is the program's.
+Outcome runProgramBehind(Command producer, Command program);
 
 /// Runs the program and keeps its output in a file.
-void runIntoFile(const Program& program, const std::string& path);
+void runIntoFile(Command program, const std::string& path);
 
-/// The processor time of the calling thread and of the whole process, in seconds.
-[[nodiscard]] double threadSeconds();
-[[nodiscard]] double processSeconds();
+/// By the clock on the wall.
+[[nodiscard]] inline double secondsOf(const Outcome& outcome) {
+  return std::chrono::duration<double>(outcome.duration).count();
+}
 
 }  // namespace kesto::bench

@@ -17,12 +17,16 @@ constexpr unsigned MODEL_RGB24 = 0x1000;
 constexpr unsigned MODEL_DESCRIBED = 0x200;
 
 /// A filter's call as the spooler makes it. The document is left out where it comes through standard input.
-Program filterCall(const std::string& path, const std::string& serverBin, const Setup& setup,
+Command filterCall(const std::string& path, const std::string& serverBin, const Setup& setup,
                    const std::string& document) {
-  Program program{.path = path,
+  Command program{.program = path,
                   .arguments = {"Bench", "1", "bench", "Benchmark", "1", setup.options},
-                  .environment = {"PPD=" + setup.ppd, "CUPS_SERVERBIN=" + serverBin, "DEVICE_URI=file:///dev/null",
-                                  "CONTENT_TYPE=application/pdf", "CHARSET=utf-8"}};
+                  .environment = {{"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"},
+                                  {"PPD", setup.ppd},
+                                  {"CUPS_SERVERBIN", serverBin},
+                                  {"DEVICE_URI", "file:///dev/null"},
+                                  {"CONTENT_TYPE", "application/pdf"},
+                                  {"CHARSET", "utf-8"}}};
   if (!document.empty()) program.arguments.push_back(document);
   return program;
 }
@@ -68,11 +72,11 @@ std::string Programs::render(const Setup& setup, const std::string& document, co
   return path;
 }
 
-Program Programs::renderer(const Setup& setup, const std::string& document) {
+Command Programs::renderer(const Setup& setup, const std::string& document) {
   return filterCall(spoolerFilter("pdftoraster"), SERVERBIN, setup, document);
 }
 
-Program Programs::filter(const Setup& setup, const std::string& document) {
+Command Programs::filter(const Setup& setup, const std::string& document) {
   return filterCall(KESTO_FILTER, SERVERBIN, setup, document);
 }
 
@@ -80,16 +84,16 @@ std::string Programs::replayDocument(const std::string& raster, unsigned times) 
   return write("replay", std::to_string(times) + ' ' + raster);
 }
 
-Program Programs::filterOnRaster(const std::string& raster, unsigned times) const {
+Command Programs::filterOnRaster(const std::string& raster, unsigned times) const {
   return filterCall(KESTO_FILTER, REPLAY_SERVERBIN, product(), replayDocument(raster, times));
 }
 
-Program Programs::replay(const std::string& raster, unsigned times) const {
+Command Programs::replay(const std::string& raster, unsigned times) const {
   return filterCall(std::string(REPLAY_SERVERBIN) + "/filter/pdftoraster", REPLAY_SERVERBIN, product(),
                     replayDocument(raster, times));
 }
 
-Program Programs::rasterToPcl(const Setup& setup) {
+Command Programs::rasterToPcl(const Setup& setup) {
   return filterCall(spoolerFilter("rastertopclx"), SERVERBIN, setup, {});
 }
 

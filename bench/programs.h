@@ -32,15 +32,15 @@ class Programs {
   /// Renders a document once and keeps the raster; returns its path.
   [[nodiscard]] std::string render(const Setup& setup, const std::string& document, const std::string& name) const;
 
-  [[nodiscard]] static Program renderer(const Setup& setup, const std::string& document);
-  [[nodiscard]] static Program filter(const Setup& setup, const std::string& document);
+  [[nodiscard]] static Command renderer(const Setup& setup, const std::string& document);
+  [[nodiscard]] static Command filter(const Setup& setup, const std::string& document);
   /// The filter with a renderer that has rendered before: `raster`, `times` times.
-  [[nodiscard]] Program filterOnRaster(const std::string& raster, unsigned times) const;
+  [[nodiscard]] Command filterOnRaster(const std::string& raster, unsigned times) const;
   /// That renderer by itself, and what makes its output come where it is wanted.
-  [[nodiscard]] Program replay(const std::string& raster, unsigned times) const;
+  [[nodiscard]] Command replay(const std::string& raster, unsigned times) const;
   [[nodiscard]] std::string replayDocument(const std::string& raster, unsigned times) const;
   /// The spooler's filter from raster to PCL.
-  [[nodiscard]] static Program rasterToPcl(const Setup& setup);
+  [[nodiscard]] static Command rasterToPcl(const Setup& setup);
 
  private:
   std::string folder_;

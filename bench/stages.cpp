@@ -51,12 +51,12 @@ class StandardInput {
 class Lap {
  public:
   double operator()() {
-    const double before = std::exchange(now_, threadSeconds());
+    const double before = std::exchange(now_, test::processorSeconds(CLOCK_THREAD_CPUTIME_ID));
     return now_ - before;
   }
 
  private:
-  double now_ = threadSeconds();
+  double now_ = test::processorSeconds(CLOCK_THREAD_CPUTIME_ID);
 };
 
 PageGeometry geometryOf(const cups_page_header2_t& header) {
@@ -100,13 +100,14 @@ StageTimes printPages(const Programs& programs, const std::string& raster) {
   BandEncoder encoder(page.pixelWidth, 3);
 
   StageTimes times;
-  const double processStart = processSeconds();
-  const double threadStart = threadSeconds();
+  const double processStart = test::processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
+  const double threadStart = test::processorSeconds(CLOCK_THREAD_CPUTIME_ID);
   do {
     printPage(stream, page, lines, ring, encoder, times);
   } while (stream.readHeader());
   encoder.finish();
-  times.writing = processSeconds() - processStart - (threadSeconds() - threadStart);
+  times.writing = test::processorSeconds(CLOCK_PROCESS_CPUTIME_ID) - processStart -
+                  (test::processorSeconds(CLOCK_THREAD_CPUTIME_ID) - threadStart);
   return times;
 }
 

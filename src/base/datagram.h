@@ -1,4 +1,4 @@
-// Datagrams to a printer in the network, over a socket that is connected to it. Any thread; a socket belongs to one.
+// Datagrams to and from a network printer, over a connected socket. Each socket belongs to one thread.
 #pragma once
 
 #include <chrono>
@@ -8,11 +8,11 @@
 
 namespace kesto {
 
-/// A new IPv4 datagram socket that is closed on exec; -1 with errno set when there is none.
+/// A new IPv4 datagram socket that is closed on exec; -1 with errno set when it cannot be made.
 [[nodiscard]] int openDatagramSocket();
 
 /// Connects the socket to a dotted address, so that only that printer's datagrams arrive, and limits each receive to
-/// `timeout`. False when the text is no such address, or the connection is refused.
+/// `timeout`. False when the text is not such an address or the connection is refused.
 [[nodiscard]] bool connectDatagramSocket(int descriptor, const char* address, std::uint16_t port,
                                          std::chrono::seconds timeout);
 

@@ -56,12 +56,12 @@ int waitForInput(int descriptor, std::chrono::milliseconds time);
 /// Reads up to `count` bytes from `descriptor` as soon as some are there.
 ///
 /// Returns the bytes read, 0 at the end of the input, and -1 with errno set on an error. While nothing comes, `giveUp`
-/// is asked again and again with the time waited so far; when it returns true the result is 0. A plain read would
-/// start again after SIGTERM and could so wait for ever for a process that has stopped writing.
+/// is asked again and again with the time waited so far; when it returns true the result is 0. A plain read restarts
+/// after SIGTERM and could wait for ever for a process that has stopped writing.
 [[nodiscard]] ssize_t readWhenReady(int descriptor, std::uint8_t* bytes, std::size_t count,
                                     const std::function<bool(std::chrono::milliseconds)>& giveUp);
 
-/// Writes all of `count` bytes, however many calls that takes. Returns 0 or the error number.
+/// Writes all `count` bytes, in as many calls as that takes. Returns 0 or the error number.
 [[nodiscard]] int writeFully(int descriptor, const std::uint8_t* bytes, std::size_t count);
 
 }  // namespace kesto

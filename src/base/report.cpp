@@ -19,13 +19,13 @@ namespace kesto {
 
 namespace {
 
-/// How long a log that takes nothing at the moment is waited for.
+/// How long to wait for a log that accepts nothing at the moment.
 constexpr std::chrono::milliseconds PATIENCE{1000};
 
 /// Whether the last message has left its line open. Any thread.
 constinit std::atomic<bool> lineIsOpen{false};
 
-/// Writes some of `rest`. False when the log takes nothing at the moment; a message that nobody reads is dropped.
+/// Writes some of `rest`. False when the log accepts nothing at the moment. A message that nobody reads is dropped.
 bool writeSome(std::span<const char>& rest) {
   const auto written = write(STDERR_FILENO, rest.data(), rest.size());
   if (written < 0 && errno == EINTR) return true;

@@ -1,7 +1,7 @@
 // A thread and its one owner.
 //
-// The owner starts it, asks it to stop by a flag of its own, and waits for its end here. All functions belong to the
-// owner's thread.
+// The owner starts it, asks it to stop through a flag of its own, and waits here for it to end. All functions are for
+// the owner's thread.
 #pragma once
 
 #include <cerrno>
@@ -13,8 +13,8 @@ namespace kesto {
 
 class Thread {
  public:
-  /// Starts `body` with `argument`. Returns 0, or the error number when no thread can be made. The thread before has to
-  /// be joined.
+  /// Starts `body` with `argument`. Returns 0, or the error number when no thread can be made. An earlier thread must
+  /// have been joined.
   [[nodiscard]] int start(void* (*body)(void*), void* argument) {
     const int error = pthread_create(&handle_, nullptr, body, argument);
     running_ = error == 0;
@@ -30,13 +30,13 @@ class Thread {
     return !running_;
   }
 
-  /// Waits for the thread's end. Nothing happens when none was started.
+  /// Waits for the thread to end. Does nothing when none was started.
   void join() {
     if (running_) pthread_join(handle_, nullptr);
     running_ = false;
   }
 
-  /// Sends the thread a signal, which takes it out of a call that blocks.
+  /// Sends the thread a signal, which interrupts a blocking call.
   void interrupt(int signal) const {
     if (running_) pthread_kill(handle_, signal);
   }

@@ -55,7 +55,7 @@ std::int32_t writeWholeBytes(WicketCoder* coder) {
 
 /// Writes `padWords` words of ones and then the marker, on a byte boundary and without stuffing.
 std::int32_t writeMarker(std::uint32_t marker, int padWords, WicketCoder* coder) {
-  // A flush fails only for want of room, and then the marker's own write fails as well.
+  // A flush fails only when there is no room, and then the marker's own write fails as well.
   flushOutput(coder);
   const std::uint8_t stuffing = clearByteStuffing(coder);
   for (int i = 0; i < padWords; ++i) outputBits(0xFFFF, MARKER_BITS, coder);

@@ -37,7 +37,7 @@ inline constexpr std::array<std::uint8_t, MAX_MAGNITUDE + 1> MAGNITUDE_CATEGORIE
   return categories;
 }();
 
-/// Where the reading of a stream stands (huffmanreader.h). Compression never looks at it.
+/// The state of the stream reader (huffmanreader.h). Compression never looks at it.
 struct SymbolReaderState {
   const std::uint8_t* position = nullptr;
   std::uint32_t bytesLeft = 0;

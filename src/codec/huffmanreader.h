@@ -20,7 +20,7 @@ namespace kesto {
 [[nodiscard]] std::int32_t nextByte(std::uint8_t* byte, WicketCoder* coder);
 
 /// Stores the next 16 bits without taking them, with ones for bits that lie behind the end of the data or behind a
-/// marker. Returns 0, or CODEC_INPUT_END when there is no bit left at all.
+/// marker. Returns 0, or CODEC_INPUT_END when no bit is left.
 [[nodiscard]] std::int32_t getCode(std::uint32_t* code, WicketCoder* coder);
 
 /// Takes `size` magnitude bits, at most 16, and stores the value that they stand for (T.81 F.2.2.1, EXTEND).

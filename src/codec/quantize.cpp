@@ -43,7 +43,7 @@ std::int32_t truncatedQuotient(std::int32_t dc, std::int64_t quantizer) {
   return quantizer == 0 ? dc : static_cast<std::int32_t>((dc + quantizer / 2) / quantizer);
 }
 
-/// Stands in for a table that is missing: it divides nothing.
+/// Used in place of a missing table: divides by 1.
 constexpr std::array<std::int32_t, BLOCK_SIZE> NO_TABLE = {};
 
 }  // namespace

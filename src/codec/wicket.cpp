@@ -40,7 +40,7 @@ void writeInterleaved(const std::array<Plane, PLANE_COUNT>& planes, const Band& 
   writer.restartIfDue();
 }
 
-/// How a plane of its own went: a transform that refuses concerns that plane, a write that fails ends the band.
+/// The result of one plane: a refused transform concerns only that plane, a failed write ends the band.
 struct PlaneResult {
   std::int32_t transformed;
   std::int32_t written;
@@ -67,7 +67,7 @@ PlaneResult compressOnePlane(const Plane& plane, const Band& band, std::int32_t 
 std::int32_t checkSeparated(const Band& band, std::int32_t capacity, const ChromaSampling* sampling) {
   if (!isBand(band) || band.pixels > capacity) return CODEC_BAD_SIZE;
   if (sampling == nullptr) return CODEC_UNSUPPORTED;
-  // Here only the sharing of chroma blocks is checked; what a plane by itself asks for its transform finds out.
+  // This checks only the sharing of chroma blocks. What a single plane requires is checked by its transform.
   const std::int32_t lineMultiple = sampling->vertical == 2 ? sampling->heightMultiple : 1;
   const std::int32_t widthMultiple = sampling->horizontal == 2 ? sampling->widthMultiple : 1;
   return isMultiple(band, widthMultiple, lineMultiple) ? CODEC_OK : CODEC_BAD_SIZE;

@@ -22,11 +22,11 @@ namespace kesto {
 ///
 /// `map` has one byte for each of the `blockCount` luma blocks of the band, row by row; the planes have `bandPixels`
 /// bytes each, `bandWidth` per line; `capacity` is the size of `output`. The length of the stream goes to `length`.
-/// Returns 0; the settings' initStatus, if that is not 0, with nothing written; CODEC_NULL_POINTER, also for want of
-/// memory; CODEC_BAD_SIZE for a capacity below 3 bytes per pixel, for a band that is no whole number of blocks (4:2:2:
+/// Returns 0; the settings' initStatus, if that is not 0, with nothing written; CODEC_NULL_POINTER, also when memory is
+/// short; CODEC_BAD_SIZE for a capacity below 3 bytes per pixel, for a band that is no whole number of blocks (4:2:2:
 /// of pairs of blocks across), or for a blockCount that is not the band's; CODEC_UNSUPPORTED for 4:2:0;
-/// CODEC_ODD_RESTART_INTERVAL with 4:2:2; or a status of the transform steps.
-/// A stream that outgrows its buffer is cut, and symbols that cannot be coded are left out, without a status.
+/// CODEC_ODD_RESTART_INTERVAL with 4:2:2; or a status of the transform steps. A stream that outgrows its buffer is cut,
+/// and symbols that cannot be coded are left out, without a status.
 std::int32_t wicketCompressPlanes(std::int32_t blockCount, const std::uint8_t* map, std::int32_t bandWidth,
                                   std::int32_t bandPixels, const std::uint8_t* yPlane, const std::uint8_t* cbPlane,
                                   const std::uint8_t* crPlane, std::int32_t capacity, std::uint8_t* output,

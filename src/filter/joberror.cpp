@@ -49,8 +49,8 @@ void checkThreads() {
   const int outputError = hdcFailure();
   if (outputError == 0) return;
   if (outputError == ENOMEM) failJob(NO_MEMORY, outputError);
-  // A spooler that cancels a job may end the backend as well, and one that is stuck takes nothing more: no news to
-  // anybody.
+  // A spooler that cancels a job may end the backend as well, and a stuck backend takes nothing more. Neither is news
+  // to anybody.
   if (isCancelled()) throw JobError{withReason("DEBUG: The cancelled job is not written to its end", outputError), 0};
   failJob("ERROR: Unable to write the print data", outputError);
 }

@@ -1,5 +1,5 @@
-// How a job ends that cannot go on: failJob throws a JobError, the steps of the job release what they hold as the
-// exception passes, and the program's entry writes the one message and returns the error number as the exit status.
+// How a job that cannot continue ends: failJob throws a JobError, the steps of the job release what they hold as the
+// exception passes, and the program's entry logs one message and returns the error number as the exit status.
 //
 // Thrown and caught on the job thread only. Other threads leave an error number where the job thread finds it.
 #pragma once
@@ -25,7 +25,7 @@ struct JobError {
 /// Writes the line of a failed job and returns the exit status.
 int endFailedJob(const JobError& failure);
 
-/// The same for a job that found no memory, without needing any.
+/// The same for a job that ran out of memory; needs none itself.
 int endWithoutMemory();
 
 /// Ends the job if the output channel or the image thread has failed.

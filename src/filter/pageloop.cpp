@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <string>
 
+#include "base/cancellimits.h"
 #include "base/report.h"
 #include "filter/cancel.h"
 #include "filter/joberror.h"

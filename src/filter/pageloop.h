@@ -14,7 +14,7 @@
 
 namespace kesto {
 
-/// What a page loop has done.
+/// The result of a page loop.
 struct PagesPrinted {
   int count = 0;           ///< pages read from the raster
   bool leftEarly = false;  ///< the loop ended although the raster may hold further pages
@@ -25,7 +25,7 @@ class PageLoop : private BlockTaker, private PageWriter {
   /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
   /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
   /// of the file, or null; `copies` is how often each page is to be made here. `raster` and `imageThread` outlive the
-  /// loop; the image thread may go on running behind it and finds nothing to do.
+  /// loop; the image thread may outlive it and then finds nothing to do.
   PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies);
 
   /// Prints page after page with its copies until the raster ends, after the first page of a job sheet, or after
@@ -37,7 +37,7 @@ class PageLoop : private BlockTaker, private PageWriter {
            PixelFormat format, const PageGeometry& geometry);
   void printPage(int number);
 
-  // The page's blocks on their way from the reader to the ring are kept for its copies.
+  // Blocks pass through here on their way from the reader to the ring, so that they can be kept for copies.
   [[nodiscard]] bool hasRoom() const override { return ring_.hasRoom(); }
   [[nodiscard]] std::span<std::uint8_t> place() override { return ring_.place(); }
   void send(std::span<const std::uint8_t> block) override;

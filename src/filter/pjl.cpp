@@ -26,7 +26,7 @@ class PjlLines {
     const int formatted = std::vsnprintf(line_.data(), line_.size(), format, arguments);
     va_end(arguments);
     const auto length = static_cast<std::uint32_t>(std::clamp(formatted, 0, static_cast<int>(line_.size()) - 1));
-    // The channel blocks until the bytes fit, and a line always does.
+    // The channel blocks until the bytes fit, and a line always fits eventually.
     static_cast<void>(hdcWrite(reinterpret_cast<const std::uint8_t*>(line_.data()), length));
   }
 
@@ -38,7 +38,7 @@ bool isSet(const char* value) {
   return std::strcmp(value, INVALIDOPTION) != 0;
 }
 
-/// The print quality as a text that ends: in the raster header it may fill its 64 bytes to the last.
+/// The print quality with a terminator: in the raster header it may fill all 64 bytes.
 std::string printQualityText(const JobSetting& setting) {
   constexpr std::size_t FIELD = sizeof(cups_page_header2_t::OutputType);
   return {setting.printQuality, strnlen(setting.printQuality, FIELD)};

@@ -51,12 +51,12 @@ void installSignalHandlers() {
   action.sa_flags = SA_RESTART | SA_SIGINFO;
   sigemptyset(&action.sa_mask);
   sigaction(SIGTERM, &action, &oldaction);
-  // A backend that closes its end shows up as a failed write, which is reported.
+  // A backend that closes its end shows up as a failed write, and that is reported.
   signal(SIGPIPE, SIG_IGN);
 }
 
-/// Puts something harmless where a descriptor with a fixed meaning is closed, so that no file of the job's own takes
-/// its number. A standard output that is closed stays one that cannot be written.
+/// Opens something harmless in place of a closed descriptor with a fixed meaning, so that no file of the job takes its
+/// number. A closed standard output stays unwritable.
 void reserveDescriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= SIDE_CHANNEL; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) >= 0) continue;
@@ -112,7 +112,7 @@ class Settings {
   std::unique_ptr<JobSetting> record_;
 };
 
-/// Abandons the channel when it goes, before the job's threads are waited for: in a job that fails, they may wait for a
+/// Abandons the channel on its way out, before the job's threads are joined: in a failing job they may be waiting for a
 /// reader that takes nothing. At the end of any other job nothing is left to abandon.
 struct ChannelGuard {
   ChannelGuard() = default;
@@ -121,7 +121,8 @@ struct ChannelGuard {
   ~ChannelGuard() { hdcAbandon(); }
 };
 
-/// Ends the renderer: with its raster read to the end it may end by itself, and its status says how it went.
+/// Ends the renderer: once its raster is read to the end it gets a moment to end by itself, so that its status says how
+/// it went.
 void endRenderer(Renderer& renderer, bool leftEarly) {
   if (isCancelled() || leftEarly) {
     renderer.stop();
@@ -130,21 +131,21 @@ void endRenderer(Renderer& renderer, bool leftEarly) {
   }
 }
 
-/// How often the filter is to make each page. None of its copies are due when the printer or the spooler collates: with
-/// any value of the attribute below but one, the spooler's own PDF filter has made the copies already, and passes their
-/// number on as well.
+/// How many times the filter prints each page: once when the printer or the spooler collates. With any value of the
+/// attribute below but one, the spooler's own PDF filter has made the copies already and passes their number on as
+/// well.
 std::int32_t copiesToMake(const char* options) {
   const char* handling = ticketValue(options, "multiple-document-handling");
   const bool madeBySpooler = handling != nullptr && strcasecmp(handling, "separate-documents-uncollated-copies") != 0;
   return madeBySpooler || collatedFlag_Prototype != 0 ? 1 : uncollatedCopies_Prototype;
 }
 
-/// Ends the job when the renderer's pages could not be read. The end of the raster, however early, is another matter.
+/// Ends the job when the renderer's pages could not be read. A raster that ends early is not a read error.
 void checkRaster(const RasterStream& raster) {
   if (raster.error() != 0) failJob("ERROR: Unable to read the pages of the document", raster.error());
 }
 
-/// One line for the log when the document did not come out whole, unless the job was cancelled or wanted one page only.
+/// Logs one line when the document did not print completely, unless the job was cancelled or wanted only one page.
 void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const RasterStream& raster,
                       const PagesPrinted& printed) {
   if (isCancelled() || printed.leftEarly || !renderer.started()) return;

@@ -5,7 +5,7 @@
 
 namespace kesto {
 
-/// Printer status monitoring; on, and nothing changes it.
+/// Printer status monitoring: always on.
 extern std::uint8_t implementShowErrorinPrinterProxy;
 
 /// The job's status thread: the USB reader for a USB printer, the network monitor for one with a numeric address.
@@ -26,7 +26,7 @@ class StatusMonitor {
 };
 
 /// Writes the requests that a USB printer answers on the back channel, before the first byte of the job; nothing for
-/// another printer.
+/// any other printer.
 void writeStatusRequests(const Device& device);
 
 }  // namespace kesto

@@ -1,4 +1,4 @@
-// Small helpers that belong to no other module.
+// Small helpers that belong nowhere else.
 #pragma once
 
 #include <bit>

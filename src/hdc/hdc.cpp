@@ -12,6 +12,7 @@
 
 #include <signal.h>
 
+#include "base/cancellimits.h"
 #include "base/poll.h"
 
 namespace kesto {
@@ -159,8 +160,8 @@ void hdcWaitUntilEmpty() {
 
 void hdcStopPrintThread() {
   if (!isRunning()) return;
-  // `running` falls after the thread's end: a write would give up the rest of its block, and the printer get half a
-  // page.
+  // `running` is cleared only after the thread has ended: otherwise a write would give up the rest of its block and the
+  // printer would get half a page.
   hdcContext.stopping.store(1, std::memory_order_release);
   waitForPrintThread([] { return hdcContext.printThread.joinIfEnded(); });
   hdcContext.running.store(0, std::memory_order_release);
@@ -204,7 +205,7 @@ void write_bytes(const std::uint8_t* bytes, std::int32_t count) {
       if (givesUp() || writeSome(rest)) return true;
       if (!isCancelled()) return false;
       const auto now = std::chrono::steady_clock::now();
-      if (now - stalled.value_or(now) >= STALL_TIME) fail(ECANCELED);
+      if (now - stalled.value_or(now) >= CANCEL_STALL_TIME) fail(ECANCELED);
       if (!stalled) stalled = now;
       return false;
     });

@@ -1,8 +1,8 @@
-// The host data channel: the one road by which job bytes reach the printer.
+// The host data channel: the only way for job bytes to reach the printer.
 //
-// Writers append to a large ring; the print thread takes everything stored out of it, as soon as that is more than the
-// flush threshold, and writes it to the spooler's backend in one block. Holding output back until then spares the
-// device the many small pieces a page is made of. At the end of the job the threshold falls to 0 and the rest follows.
+// Writers append to a large ring. As soon as it holds more than the flush threshold, the print thread takes everything
+// out and writes it to the spooler's backend in one block, which spares the device the many small pieces that a page is
+// made of. At the end of the job the threshold falls to 0 and the rest follows.
 //
 // Writers take turns: one thread at a time may call hdcWrite, and whoever passes the turn does so through an atomic.
 // Start, stop, initialise and destroy belong to the job thread. The print thread alone takes out and writes.
@@ -33,10 +33,6 @@ struct HdcContext {
 
 extern HdcContext hdcContext;
 
-/// How long a cancelled job waits for a reader that takes nothing; a page and its copies may have taken 3 seconds
-/// before. A reader that takes its time gets the job whole.
-inline constexpr std::chrono::milliseconds STALL_TIME{1500};
-
 /// Prepares the channel: an empty ring of `capacity` bytes that is drained when it holds more than `flushThreshold`.
 ///
 /// Without memory the ring's own message goes to standard error, and hdcFailure() gives ENOMEM from then on. May be
@@ -44,14 +40,14 @@ inline constexpr std::chrono::milliseconds STALL_TIME{1500};
 void hdcInitialize(std::uint32_t capacity, std::uint32_t flushThreshold);
 
 /// Starts the print thread, which is handed `argument` and ignores it. A thread that cannot be created is a failure of
-/// the channel. Nothing happens when the thread runs already.
+/// the channel. Does nothing when the thread is already running.
 void hdcStartPrintThread(void* argument);
 
 /// Appends `count` bytes to the job and returns `count`; waits for the print thread while the ring lacks room.
 ///
 /// Bytes that do not fit between the threshold and the ring's capacity go in pieces, so no count waits for ever while
-/// the print thread works. Returns -1, with the bytes lost as a whole or in part, when the ring has no storage or the
-/// channel has failed, be it before the call or while it waited. 0 bytes are always accepted.
+/// the print thread works. Returns -1, with some or all of the bytes lost, when the ring has no storage or the channel
+/// has failed before or during the call. 0 bytes are always accepted.
 std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count);
 
 /// Drops the threshold to 0 and waits until the print thread has taken the last byte out of the ring, or has failed.
@@ -60,18 +56,19 @@ std::int64_t hdcWrite(const std::uint8_t* bytes, std::uint32_t count);
 void hdcWaitUntilEmpty();
 
 /// Ends the print thread, waits for it, and clears `running`. The block in its hands is written in full, bytes in the
-/// ring are not. In a cancelled job a reader that takes nothing for STALL_TIME is given up: the channel fails with
-/// ECANCELED. Nothing happens when no print thread runs.
+/// ring are not. In a cancelled job a reader that takes nothing for CANCEL_STALL_TIME is given up: the channel fails
+/// with ECANCELED. Does nothing when no print thread is running.
 void hdcStopPrintThread();
 
 /// Makes the channel fail, unless it has failed already: waiting writers return, the block that is being written is
-/// cut, and stopping the print thread no longer waits for the reader. For a job that cannot go on.
+/// cut, and stopping the print thread no longer waits for the reader. For a job that cannot continue.
+
 void hdcAbandon();
 
-/// True when nobody waits for the job's end any more: it is cancelled, or the channel has failed. Any thread.
+/// True when nobody is waiting for the job to end any more: it is cancelled, or the channel has failed. Any thread.
 [[nodiscard]] bool hdcIsGivenUp();
 
-/// Frees the ring; the print thread must have been stopped, and no writer be left.
+/// Frees the ring. The print thread must have been stopped and no writer may be left.
 void hdcDestroy();
 
 /// Why the channel failed, as an errno value (EPIPE when nobody reads any more); 0 when it has not.
@@ -86,9 +83,9 @@ void* print_thread(void* argument);
 /// Writes `count` bytes to the output descriptor while `running` is 1; the rest is given up when it is 0 or the channel
 /// has failed.
 ///
-/// A short write goes on with the next byte; an interrupted one is repeated at once; a descriptor that takes nothing at
-/// the moment is tried again at polling pace. In a cancelled job a descriptor that takes nothing for STALL_TIME makes
-/// the channel fail.
+/// A short write goes on with the next byte; an interrupted one is repeated at once; a descriptor that accepts nothing
+/// at the moment is tried again at polling pace. In a cancelled job a descriptor that takes nothing for
+/// CANCEL_STALL_TIME makes the channel fail.
 void write_bytes(const std::uint8_t* bytes, std::int32_t count);
 
 }  // namespace kesto

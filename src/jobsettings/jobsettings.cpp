@@ -46,7 +46,7 @@ void setResolution(JobSetting* setting, cups_page_header2_t* header) {
 }
 
 void setDuplex(JobSetting* setting, cups_page_header2_t* header) {
-  // Only 1 counts: any other number is a printer on one side, or a sheet that turns on its long edge.
+  // Only 1 counts: any other number means one-sided, or a sheet that turns on its long edge.
   const bool twoSided = rasterWord(header->Duplex) == CUPS_TRUE;
   const bool tumbled = rasterWord(header->Tumble) == CUPS_TRUE;
   setting->duplex = twoSided ? ON : OFF;

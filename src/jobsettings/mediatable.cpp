@@ -111,7 +111,7 @@ constexpr RowOrder TICKET_ORDER = [] {
   return order;
 }();
 
-/// All rows by their place in the PPD's order; those not tested there come first.
+/// All rows in the PPD's order; rows not tested there come first.
 constexpr RowOrder ALL_BY_PPD_PLACE = [] {
   RowOrder order = TICKET_ORDER;
   std::ranges::sort(order, {}, [](std::uint8_t index) { return MEDIA[index].ppdPlace; });

@@ -22,8 +22,8 @@ namespace {
 /// The system's first failure while options were read, as an error number; 0 for none.
 constinit int failure = 0;
 
-/// Runs `read`, one of the library's readers. They return less when the system fails them, and say nothing; what they
-/// leave behind is the error number. Other numbers mean a file that is missing or cannot be understood.
+/// Runs `read`, one of the library's readers. When the system fails them they silently return less; only the error
+/// number shows it. Other numbers mean a file that is missing or cannot be understood.
 template <class Read>
 auto noteFailure(Read read) {
   errno = 0;
@@ -39,7 +39,7 @@ class Ticket {
   explicit Ticket(const char* text)
       : count_(noteFailure([this, text] { return cupsParseOptions(text, 0, &options_); })) {
     if (failure == 0) return;
-    // An option whose name found no memory has none, and the library's search would stumble over it.
+    // An option whose name could not be allocated has none, and the library's search would crash on it.
     cupsFreeOptions(count_, options_);
     options_ = nullptr;
     count_ = 0;
@@ -61,7 +61,7 @@ struct ClosePpd {
 };
 using OpenedPpd = std::unique_ptr<ppd_file_t, ClosePpd>;
 
-/// Everything parsed and opened so far: a record may point into what is older than the newest.
+/// Everything parsed and opened so far, because a record may point into an older ticket or PPD.
 struct OptionSources {
   std::map<std::string, Ticket> tickets;  ///< by text
   std::vector<OpenedPpd> ppds;            ///< the newest one last

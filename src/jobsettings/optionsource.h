@@ -1,5 +1,5 @@
-// Where option values come from: the ticket, parsed once for each text, and the PPD that the environment names,
-// opened once for each record that is filled. In a job that is once each.
+// Where option values come from: the ticket, parsed once for each text, and the PPD that the environment names, opened
+// once for each record that is filled: in a job, once each.
 //
 // What these functions return points into the parsed ticket or the opened PPD and stays valid until
 // releaseOptionSource(), because a job setting record keeps such pointers until the job ends.
@@ -25,7 +25,7 @@ const char* ticketValueByPrefix(const char* ticket, std::string_view prefix);
 /// caller's to close.
 ppd_file_s* jobPpd();
 
-/// Makes the next lookup open the PPD as it is then. What has been returned stays valid.
+/// Makes the next lookup reopen the PPD. Texts returned so far stay valid.
 void reopenPpd();
 
 /// Returns the keyword of the option's default choice in the PPD, or null when the PPD has no such option.
@@ -40,8 +40,8 @@ const char* resolveOption(const char* ticket, const char* option);
 /// Reads a decimal integer as `atoi` does, 0 for text that is no number, without its undefined overflow.
 std::int32_t decimalInteger(const char* text);
 
-/// Why the system kept options from being read, as an error number (no memory, no descriptor, a damaged disk); 0 when
-/// it did not. What these functions have returned since may then lack what a person has chosen.
+/// The system's error that kept options from being read (no memory, no descriptor, a damaged disk), or 0. After an
+/// error the functions above may have missed what a person has chosen.
 [[nodiscard]] int optionSourceFailure();
 
 /// Frees the parsed tickets and closes the PPD: at the end of the job, when no record is in use any more.

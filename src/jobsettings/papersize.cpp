@@ -70,7 +70,7 @@ bool imageableAreaIsWholePage(const cups_page_header2_t& header) {
   return std::ranges::equal(header.ImagingBoundingBox, page);
 }
 
-/// Rounds as printing with "%.2f" and reading back does: the value the float really has, in decimal, decides.
+/// Rounds as printing with "%.2f" and reading back does, by the float's exact decimal value.
 float roundToHundredths(float value) {
   std::array<char, 64> text{};
   const auto written = std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed, 2);
@@ -93,7 +93,7 @@ void setPaperSize(JobSetting* setting, cups_page_header2_t* header, const char* 
   const char* ppdChoice = ppdDefaultChoice(PAGE_SIZE);
   const char* chosen = ticketPageSize(options);
   if (chosen == nullptr) {
-    // Nothing was asked for, so the raster decides whether it reaches the edges; the name of a default does not.
+    // Nothing was asked for, so the raster, not the default's name, decides whether the page reaches the edges.
     if (imageableAreaIsWholePage(*header)) setting->pageMode = EDGETOEDGE;
     if (ppdChoice != nullptr) checkMediaSize(setting, header, ppdChoice);
     return;

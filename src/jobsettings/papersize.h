@@ -24,8 +24,8 @@ float decideCustomPageWidth(std::uint32_t pixels, std::uint32_t marginPoints, st
 
 /// Returns the line width in pixels of a page `widthInches` wide less both margins, rounded up to a multiple of 16.
 ///
-/// Margins wider than the page give a negative count, as the two's complement. Widths that the record's field cannot
-/// hold give the nearest multiple of 16 that it can, one that is not a number gives 0.
+/// Margins wider than the page give a negative count in two's complement. Widths beyond the record's field give the
+/// nearest multiple of 16 that fits; one that is not a number gives 0.
 std::uint32_t decideCustomPixelWidth(std::uint32_t marginPoints, std::uint32_t dpi, float widthInches);
 
 }  // namespace kesto

@@ -22,7 +22,7 @@ struct Choice {
   const char* value;
 };
 
-/// How one option becomes one field of the record.
+/// Maps one option to one field of the record.
 struct ChoiceTable {
   const char* option;
   const char* JobSetting::*field;
@@ -58,7 +58,7 @@ constexpr ChoiceTable GHOSTING = {"reduceGhost", &JobSetting::ghosting, INVALIDO
 constexpr ChoiceTable DENSITY = {"printDensity", &JobSetting::printDensity, INVALIDOPTION, OFF, SWITCH_CHOICES};
 constexpr ChoiceTable HALFTONE = {"HalftoneLevel", &JobSetting::halftone, DITHER, ERRORDIFFUSION, HALFTONE_CHOICES};
 constexpr ChoiceTable INK_TO_USE = {"InkToUse", &JobSetting::inkToUse, INVALIDOPTION, AUTOMATIC, INK_CHOICES};
-// The printer is sent no colour space for an unknown colour output; the null says so.
+// Null: the printer is sent no colour space for an unknown colour output.
 constexpr ChoiceTable COLOR_OUTPUT = {"ColorOutput", &JobSetting::colorOutput, INVALIDOPTION, nullptr,
                                       COLOR_OUTPUT_CHOICES};
 
@@ -74,7 +74,7 @@ void applyChoices(const ChoiceTable& table, JobSetting* setting, const char* opt
   setting->*table.field = known == table.choices.end() ? table.unmatched : known->value;
 }
 
-/// What a ticket says to a yes-or-no option. Other texts than these say nothing.
+/// A ticket's answers to a yes-or-no option. Any other text counts as none.
 enum class Switch { NOT_GIVEN, SWITCHED_ON, SWITCHED_OFF };
 
 Switch readSwitch(const char* text) {

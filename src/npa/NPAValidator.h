@@ -6,7 +6,7 @@
 //   response = first packet, whole; of every further packet what follows its first five bytes
 //
 // Packets of one response may arrive in several blocks, so the reassembly state outlives a call. It is process-wide and
-// belongs to the one status thread of the job. A printer's lengths are not believed: a packet that would reach beyond
+// belongs to the one status thread of the job. A printer's lengths are not trusted: a packet that would reach beyond
 // the received block or the response buffer is dropped, and reassembly starts afresh behind it.
 #pragma once
 
@@ -79,8 +79,8 @@ extern std::int32_t firstResponseBufferCount;  ///< total length of one-packet r
 ///
 /// True when a response became complete in this call; `done` is then -1 and is left alone otherwise. `assembledLength`
 /// is written in any case: the length of the complete response, or how much of one there is so far. A block may hold
-/// several responses; of complete ones the last stays in the buffer, unless an earlier call has already counted as many
-/// bytes as this block holds.
+/// several responses; if several are complete, the last one stays in the buffer, unless an earlier call has already
+/// counted as many bytes as this block holds.
 [[nodiscard]] bool ValidateReceivedResponse(const std::uint8_t* received,
                                             std::span<std::uint8_t, VALID_BUFFER_SIZE> response,
                                             std::uint32_t receivedLength, std::int32_t& assembledLength,

@@ -24,7 +24,7 @@ constexpr std::size_t ROOT_OFFSET = 38;        // in the block
 
 /// The work buffers of paths and texts hold 255 characters.
 constexpr std::size_t WORK_SIZE = 255;
-/// Containers in containers, the root included. Alerts need five; recursion must not hang on what a printer says.
+/// Depth of containers, the root included. Alerts need five; a printer must not control how deep the recursion goes.
 constexpr std::ptrdiff_t MAX_DEPTH = 32;
 // A component is a point and an identifier from -128 to 127, so the depth bounds the path as well.
 static_assert(MAX_DEPTH * 5 < WORK_SIZE);
@@ -63,7 +63,7 @@ std::string entryPath(std::int32_t alert, std::int32_t entry) {
   return alertPath(alert) + ".2." + std::to_string(entry);
 }
 
-/// What of `path` follows `parent`; nothing when it does not begin with it.
+/// The rest of `path` after `parent`; nothing when it does not begin with it.
 std::string_view below(std::string_view path, std::string_view parent) {
   return path.starts_with(parent) ? path.substr(parent.size()) : std::string_view();
 }
@@ -187,7 +187,7 @@ std::int32_t GetExtAlertInformation(const std::uint8_t* response, std::uint32_t 
   try {
     if (makeRecords({response, std::min<std::size_t>(size, VALID_BUFFER_SIZE)}, records, made, count)) return 0;
   } catch (const std::bad_alloc&) {
-    // An alert that there is no memory for goes unheard; the job is worth more.
+    // An alert is dropped when there is no memory for it; the job matters more.
   }
   releaseAlerts(records, made);
   count = 0;

@@ -3,8 +3,8 @@
 // A back channel is a stream: the spooler's USB backend passes 512 bytes at a time on, whatever packets they hold. The
 // reassembly wants whole packets, so the beginning of a packet waits here until the rest of it arrives.
 //
-// Lengths are not believed: only a packet that fits the response buffer is waited for, and the owner forgets it when
-// the stream falls silent.
+// Lengths are not trusted: only a packet that fits the response buffer is waited for, and the owner drops it when the
+// stream falls silent.
 //
 // Status thread only.
 #pragma once

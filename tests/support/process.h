@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <time.h>
+
 namespace kesto::test {
 
 using Variables = std::vector<std::pair<std::string, std::string>>;
@@ -21,6 +23,9 @@ struct Command {
   std::vector<std::string> arguments;  ///< argv[0] included
   Variables environment{};             ///< all of it
   std::string input{};                 ///< written to standard input, then closed
+  int inputFrom = -1;                  ///< a descriptor that is standard input instead
+  int outputTo = -1;                   ///< a descriptor that is standard output instead of what is kept in Outcome
+  bool dropOutput = false;             ///< standard output is read and not kept
   bool backChannel = false;            ///< the program reads from descriptor 3 what writeBackChannel writes
   bool keepInputOpen = false;
   bool ownGroup = false;            ///< the program leads a process group, as under a spooler that runs as root
@@ -35,11 +40,14 @@ struct Outcome {
   std::vector<std::uint8_t> output;
   std::string log;  ///< standard error
   std::chrono::milliseconds duration{0};
-  std::chrono::milliseconds processorTime{0};
-  long peakMemory = 0;  ///< KiB resident at most, of the program itself
+  double processorSeconds = 0;  ///< of the program's own threads, its children's not counted
+  long peakMemory = 0;          ///< KiB resident at most, of the program alone, looked at every 10 ms
 
   [[nodiscard]] std::vector<std::string> linesWith(const std::string& prefix) const;
 };
+
+/// The time of a clock of processor time, in seconds.
+[[nodiscard]] double processorSeconds(clockid_t clock);
 
 /// A program that has been started.
 class Process {
@@ -77,6 +85,7 @@ class Process {
 
  private:
   void readSome(int waitMs);
+  void noteMemory();
   bool waitFor(const std::function<bool()>& seen);
 
   Command command_;
@@ -84,7 +93,7 @@ class Process {
   int input_ = -1, output_ = -1, log_ = -1, backChannel_ = -1;
   std::size_t inputWritten_ = 0;
   bool outputHeld_ = false;
-  std::chrono::steady_clock::time_point start_;
+  std::chrono::steady_clock::time_point start_, nextLook_;
   Outcome outcome_;
 };
 

@@ -24,7 +24,7 @@ constexpr std::uint8_t BACKGROUND = 0xD8, FRAME_GREY = 0x80, INK = 0x30;
   throw FileError("a temporary file: " + std::generic_category().message(errno == 0 ? EIO : errno));
 }
 
-/// As many as make the sheet about as wide as a screen is.
+/// As many columns as make the sheet about as wide as a screen.
 std::size_t columnsFor(std::size_t pages) {
   const auto wanted = static_cast<std::size_t>(std::ceil(std::sqrt(1.6 * static_cast<double>(pages))));
   return std::clamp<std::size_t>(wanted, 1, std::max<std::size_t>(pages, 1));

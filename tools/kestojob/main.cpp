@@ -157,7 +157,7 @@ ExitStatus runCall(const Call& call, void (*run)(const Call&)) {
 }  // namespace
 }  // namespace kesto::job
 
-// What may be thrown past the calls below is a shortage of memory, which may end the program.
+// Only a lack of memory can be thrown past the calls below, and it may end the program.
 int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
   using namespace kesto::job;
   Call call;

@@ -54,7 +54,8 @@ void makeFolder(const std::string& folder) {
   }
 }
 
-/// Leaves the file as it is. A long job should not find out at its end that there is nowhere to put the sheet.
+/// Leaves the file as it is. Checked early, so that a long job does not find out at its end that there is nowhere to
+/// write the sheet.
 void tryToOpen(const std::string& path) {
   errno = 0;
   if (!std::ofstream(path, std::ios::app)) throw FileError(path + ": " + std::generic_category().message(errno));

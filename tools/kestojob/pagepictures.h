@@ -36,7 +36,7 @@ class PagePictures : public PageSink {
   void tags(std::uint8_t packed, std::uint64_t count) override;
   void endPage() override;
 
-  /// Completes a page that has begun, and writes the contact sheet. To be called at the end, good or bad.
+  /// Completes a page in progress and writes the contact sheet. Call it at the end, whether or not the job is good.
   void finish();
 
  private:

@@ -11,8 +11,8 @@
 
 namespace kesto::job {
 
-/// The libpng objects. libpng leaves a failing call by a jump, so that every call stands in a function of its own that
-/// holds nothing to be given back.
+/// The libpng objects. libpng leaves a failing call by a long jump, so every call is in a function of its own that
+/// holds nothing to be released.
 struct PngWriter::Png {
   std::string path;
   std::FILE* file = nullptr;

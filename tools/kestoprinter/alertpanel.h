@@ -33,7 +33,7 @@ class PanelInput {
   /// -1 for none.
   explicit PanelInput(int descriptor) : descriptor_(descriptor) {}
 
-  /// What is to be waited for; -1 once it has ended.
+  /// The descriptor to wait for; -1 once it has ended.
   [[nodiscard]] int descriptor() const { return descriptor_; }
 
   /// Reads what has come and has the panel obey its whole lines; complaints go to standard error.

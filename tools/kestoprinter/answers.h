@@ -1,7 +1,7 @@
 // Answers as a printer gives them: alert trees, the NPA packets that carry them, OIR answers.
 //
-// Written from the formats, not from the filter's parser. What it builds is valid; tests that want lies change the
-// bytes, or build single items with lengths of their own.
+// Written from the formats, not from the filter's parser. Everything built here is valid; tests that want lies change
+// the bytes or build single items with lengths of their own.
 #pragma once
 
 #include <cstddef>

@@ -15,7 +15,7 @@ constexpr std::uint8_t OIR_CLASS = 0x04, OIR_COMMAND = 0x06;
 /// The conditions in an OIR answer, for alerts of any text: "Device", "Maintenance".
 constexpr std::uint8_t OIR_COMPONENT = 7, OIR_CONDITION = 21;
 
-/// The printer's word that a request has come, which the asking side steps over.
+/// The printer's acknowledgement of a request, which the asking side skips.
 Bytes acknowledgement() {
   return {0xA5, 0x00, 0x04, 0x50, 0xEF, 0x73, 0x00};
 }
@@ -83,7 +83,7 @@ std::vector<Bytes> StatusPort::alertAnswer(const AlertPanel& panel) const {
   return packets;
 }
 
-/// Makes answers bad behind their prefix of so many bytes.
+/// Corrupts answers after their prefix of so many bytes.
 void StatusPort::damage(std::vector<Bytes>& answers, std::size_t prefix) const {
   constexpr std::size_t PACKET_ID = 8;
   for (Bytes& answer : answers) {

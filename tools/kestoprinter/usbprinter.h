@@ -1,7 +1,7 @@
-// The virtual printer's USB face: print data on one descriptor, and answers to the requests in them on another.
+// The virtual printer on USB: print data on one descriptor, answers to the requests in them on another.
 //
 // A request stands in the print data, before the job's first line. So it is answered when it has been read, which for
-// most jobs is when the job is over for everybody else.
+// most jobs is after everybody else has finished with the job.
 #pragma once
 
 #include <chrono>

@@ -17,8 +17,8 @@ namespace kesto {
 
 /// Compresses a band that the plane driver has accepted: one grey plane, or Y, Cb and Cr for 4:2:2.
 ///
-/// Returns false when the band is not one for this way; the literal way may then start, with nothing done that it does
-/// not do over. Otherwise stream, length and records are what the literal way would have left.
+/// Returns false when the band is not one for this way; the literal way may then start, which is safe: it redoes
+/// everything. Otherwise stream, length and records are what the literal way would have left.
 [[nodiscard]] bool compressBandFast(const Band& band, const std::uint8_t* map,
                                     std::span<const std::uint8_t* const> planes, std::int32_t capacity,
                                     std::uint8_t* output, std::int32_t* length, WicketSettings* settings,
@@ -31,7 +31,7 @@ enum class BandWay : std::uint8_t {
   SPECIFIC  // those of the processor at hand
 };
 
-/// Keeps bands from going a faster way than `limit`, for tests and measurements. Any thread.
+/// Limits bands to no faster way than `limit`, for tests and measurements. Any thread.
 void limitBandWay(BandWay limit);
 
 }  // namespace kesto

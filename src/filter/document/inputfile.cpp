@@ -19,7 +19,7 @@ namespace kesto {
 namespace {
 
 constexpr std::size_t COPY_SIZE = 8192;
-/// How long the removal of the copy is tried: it is somebody's document.
+/// How long to keep trying to remove the copy: it is somebody's document.
 constexpr std::chrono::milliseconds REMOVAL_TIME{100};
 
 constexpr char COPY_FAILED[] = "ERROR: Unable to copy PDF file!";
@@ -41,7 +41,7 @@ int copyStandardInput(int copy) {
 
 InputFile InputFile::copyOfStandardInput() {
   constexpr std::size_t LONGEST_NAME = 1024;
-  // The object has its memory before the file is there, so that nothing can come between the file and its removal.
+  // The object owns its memory before the file exists, so nothing can come between the file and its removal.
   InputFile file(std::string(LONGEST_NAME, '\0'));
   Descriptor copy(cupsTempFd(file.name_.data(), static_cast<int>(LONGEST_NAME)));
   if (copy.get() < 0) failJob(COPY_FAILED, errno);

@@ -1,6 +1,6 @@
-// The PDF page source: what the job could learn from the document itself, beside the raster that comes of it.
+// The PDF page source: what the job could learn from the document itself, besides the raster.
 //
-// This platform has no source of page objects, so that the list stays empty and every pixel carries the same tag. The
+// This platform has no source of page objects, so the list stays empty and every pixel carries the same tag. The
 // inspection runs on a thread of its own, which is joined before the first raster header is read; `pages` belongs to
 // that thread until then and to the job thread afterwards.
 #pragma once

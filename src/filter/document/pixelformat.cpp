@@ -6,8 +6,8 @@
 namespace kesto {
 namespace {
 
-// Eight bits are taken as grey and 24 bits as RGB whatever the space says of their number: a renderer without a PPD
-// labels them loosely.
+// Eight bits are taken as grey and 24 bits as RGB, whatever the colour space says: a renderer without a PPD labels them
+// loosely.
 constexpr std::array RASTER_FORMATS = {
     RasterFormat{CUPS_CSPACE_W, 8, false},         RasterFormat{CUPS_CSPACE_SW, 8, false},
     RasterFormat{CUPS_CSPACE_K, 8, true},          RasterFormat{CUPS_CSPACE_RGB, 8, false},

@@ -1,7 +1,7 @@
 // Pixel formats: how a raster may store its pixels, and how they become the job's RGB or grey.
 //
-// The job prints every page in the format of its first one; pages of another format are widened from grey to RGB or
-// weighed from RGB to grey.
+// The job prints every page in the format of its first one; pages in the other format are converted from grey to RGB or
+// from RGB to grey.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace kesto {
 
-/// The widest line of a page: rounded up to a multiple of 16 it is still a 16-bit SourceWidth.
+/// The widest line of a page. Rounded up to a multiple of 16 it still fits the 16-bit SourceWidth.
 inline constexpr std::uint32_t MAX_PIXEL_WIDTH = 65520;
 
 /// What a job's line blocks hold.

@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include "base/cancellimits.h"
 #include "base/descriptor.h"
 #include "filter/cancel.h"
 #include "filter/joberror.h"
@@ -27,7 +28,7 @@ constexpr std::size_t INPUT_BYTES = std::size_t{128} * 1024;
 /// A renderer that has ended can leave a process of its own that keeps the pipe open without writing.
 constexpr milliseconds ORPHAN_SILENCE{300};
 
-/// Makes sure that a text field of a header ends.
+/// Terminates a text field of a header.
 template <std::size_t N>
 void terminate(char (&text)[N]) {
   text[N - 1] = '\0';
@@ -40,7 +41,7 @@ void applyDefaults(cups_page_header2_t& header) {
   header.cupsBitsPerColor = 8;
 }
 
-/// What makes a header unusable, or empty. Every number is checked that memory or positions are computed from.
+/// Why a header is unusable, or empty. Checks every number from which memory or positions are computed.
 std::string findFault(const cups_page_header2_t& header) {
   if (header.cupsWidth == 0 || header.cupsHeight == 0 || header.cupsWidth > MAX_PIXEL_WIDTH ||
       header.cupsHeight > MAX_HEIGHT) {
@@ -67,8 +68,8 @@ RasterStream::RasterStream(const Renderer& renderer) : renderer_(renderer), inpu
   if (raster_ == nullptr) noteShortage();
 }
 
-/// After a call of the library that failed with errno cleared before: it has no other way to say that memory was
-/// short.
+/// Whether a library call failed for lack of memory, errno having been cleared before: the library has no other way to
+/// say so.
 void RasterStream::noteShortage() {
   if (errno == ENOMEM && error_ == 0) error_ = ENOMEM;
 }
@@ -122,7 +123,7 @@ bool RasterStream::readRasterLine(std::uint8_t* line) {
 }
 
 void RasterStream::readLine(PixelFormat format, std::span<std::uint8_t> line) {
-  // Pixels that need no conversion go where they belong at once, if the line has room for them all.
+  // Pixels that need no conversion are read straight into place, if the line has room for all of them.
   std::size_t pixelBytes = 0;
   if (isStoredAs(*format_, format) && header_.cupsBytesPerLine <= line.size()) {
     if (readRasterLine(line.data())) pixelBytes = header_.cupsBytesPerLine;
@@ -182,7 +183,7 @@ ssize_t RasterStream::fillInput() {
 }
 
 bool RasterStream::nothingMoreComes(milliseconds silence) {
-  // A printer or its cable that fails leaves nobody to render for.
+  // When the printer or its cable has failed, there is nobody to render for.
   if (threadsFailed()) return true;
   if (isCancelled()) {
     if (linesLeft_ == 0) return true;  // no page has begun

@@ -35,7 +35,8 @@ class RasterStream {
   /// beyond the page's last, or one that did not arrive, is white.
   void readLine(PixelFormat format, std::span<std::uint8_t> line);
 
-  /// True when the next line has begun to arrive, or none has to: `readLine` then hardly waits for the renderer.
+  /// True when the next line has begun to arrive or none is due, so that `readLine` hardly has to wait for the
+  /// renderer.
   [[nodiscard]] bool inputWaits();
 
   /// Sleeps until something arrives, or for `time`.
@@ -44,7 +45,7 @@ class RasterStream {
   /// Reads and drops the lines of the page that have not been read, so that the next header is found.
   void dropRestOfPage();
 
-  /// Closes the stream and standard input, so that a renderer that still writes ends.
+  /// Closes the stream and standard input, which ends a renderer that is still writing.
   void close();
 
   [[nodiscard]] cups_page_header2_t* header() { return &header_; }

@@ -22,11 +22,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// What a renderer may still take after the end of its raster, and after it was asked to end.
+/// How long a renderer may take to end after its raster has ended, and after it was asked to end.
 constexpr milliseconds FINISH_TIME{2000};
 constexpr milliseconds TERMINATE_TIME{100};
 
-/// The room of the pipe that the raster comes through: the most that the system gives to a process without privileges.
+/// Capacity of the raster pipe: the most that an unprivileged process may ask for.
 constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
 
 /// The child's way to the renderer program; only calls that are safe after a fork, as is execvp, which needs no memory
@@ -42,7 +42,7 @@ constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
   fcntl(SIDE_CHANNEL, F_SETFD, FD_CLOEXEC);
   if (dup2(rasterOut, STDOUT_FILENO) >= 0) execvp(program, arguments);
   const int error = errno;
-  // A parent that has gone has no use for the number, so that the result does not matter.
+  // If the parent has gone, nobody needs the number, so the result does not matter.
   [[maybe_unused]] const ssize_t written = write(errorOut, &error, sizeof error);
   _exit(error);
 }
@@ -64,9 +64,9 @@ void Renderer::start(char* const arguments[]) {
   Pipe raster;
   Pipe execError;
   int error = raster.open();
-  // The job thread has other things to do while nothing comes.
+  // Non-blocking: the job thread has other things to do while no input arrives.
   if (error == 0 && fcntl(raster.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) error = errno;
-  // Best effort: with a large pipe the renderer goes on while the job thread has its hands full.
+  // Best effort: a large pipe lets the renderer go on while the job thread is busy.
   if (error == 0) std::ignore = fcntl(raster.readEnd.get(), F_SETPIPE_SZ, RASTER_PIPE_BYTES);
   if (error == 0) error = execError.open();
   if (error != 0) failJob("ERROR: Unable to create pipe!", error);
@@ -85,7 +85,7 @@ void Renderer::start(char* const arguments[]) {
 }
 
 void Renderer::checkExec(int descriptor) {
-  // The pipe closes when the exec succeeds, so that this read does not last longer than the exec.
+  // The pipe closes when the exec succeeds, so this read lasts no longer than the exec.
   int error = 0;
   ssize_t got = -1;
   do {

@@ -28,7 +28,7 @@ std::span<std::uint8_t> BlockRing::place() {
 void BlockRing::send(std::span<const std::uint8_t> block) {
   const bool isInRing = block.data() == reserved_;
   reserved_ = nullptr;
-  // The job thread is the ring's only writer, so that room does not shrink while it waits.
+  // The job thread is the ring's only writer, so room does not shrink while it waits.
   waitInJob([&] {
     return isInRing ? cbufferCommitBytes(&imageLineBlockBuffer, blockBytes_)
                     : cbufferWriteBytes(&imageLineBlockBuffer, block.data(), blockBytes_);

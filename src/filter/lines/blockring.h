@@ -1,7 +1,7 @@
 // The job thread's side of imageLineBlockBuffer: line blocks are built where they will lie in the ring.
 //
-// A place that would cross the end of the ring's storage is none; such a block, one in ten, is built beside the ring
-// and copied into it. Job thread only.
+// One block in ten would cross the end of the ring's storage; it is built beside the ring and copied in. Job thread
+// only.
 #pragma once
 
 #include <cstdint>

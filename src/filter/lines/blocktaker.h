@@ -1,4 +1,4 @@
-// Whoever takes line blocks from the page reader and the copy cache.
+// The receiver of line blocks from the page reader and the copy cache.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +13,13 @@ class BlockTaker {
   BlockTaker& operator=(const BlockTaker&) = delete;
   virtual ~BlockTaker() = default;
 
-  /// True when a block fits. It then does until one is sent.
+  /// True when a block fits. It stays true until one is sent.
   [[nodiscard]] virtual bool hasRoom() const = 0;
 
-  /// Memory to build the next block in, if there is room for it; good until a block is sent.
+  /// Memory in which to build the next block, when there is room for it; valid until a block is sent.
   [[nodiscard]] virtual std::span<std::uint8_t> place() = 0;
 
-  /// Takes a block, be it built in `place` or anywhere else. May wait for room.
+  /// Takes a block, built in `place` or elsewhere. May wait for room.
   virtual void send(std::span<const std::uint8_t> block) = 0;
 };
 

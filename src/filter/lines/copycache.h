@@ -20,7 +20,7 @@ struct [[gnu::packed]] PageListItem {
 };
 static_assert(sizeof(PageListItem) == 12, "items lie without a gap");
 
-/// Whoever prints the pages of a replay.
+/// The receiver of replayed pages.
 class PageWriter {
  public:
   PageWriter() = default;

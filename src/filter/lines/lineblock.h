@@ -47,7 +47,7 @@ inline constexpr std::uint8_t PAGE_TAG = 3;
 inline constexpr std::uint8_t WHITE_Y = 0xFF;
 inline constexpr std::uint8_t WHITE_CHROMA = 0x80;
 
-/// A line block in memory that belongs to somebody else.
+/// A view of memory as a line block.
 class LineBlock {
  public:
   /// Lays a block for pages of this geometry over `memory`, which holds geometry.blockBytes() bytes, and writes its
@@ -71,7 +71,7 @@ class WhiteBlock {
   /// Throws std::bad_alloc.
   explicit WhiteBlock(const PageGeometry& geometry);
 
-  /// The block as that of the 8 lines from `firstLine` on, until the next call.
+  /// The block of the 8 lines that start at `firstLine`; valid until the next call.
   [[nodiscard]] std::span<const std::uint8_t> at(std::uint32_t firstLine);
 
  private:

@@ -5,22 +5,13 @@
 #include <cstring>
 #include <utility>
 
+#include "base/uniform.h"
 #include "filter/lines/lineblock.h"
 
 namespace kesto {
 namespace {
 
 constexpr std::size_t CHUNK_BYTES = 32;
-
-bool isWhite(const std::uint8_t* chunk) {
-  std::uint64_t common = ~std::uint64_t{0};
-  for (std::size_t at = 0; at < CHUNK_BYTES; at += sizeof common) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, chunk + at, sizeof word);
-    common &= word;
-  }
-  return common == ~std::uint64_t{0};
-}
 
 }  // namespace
 
@@ -50,7 +41,7 @@ void LineStore::push() {
   const std::uint8_t* in = out;
   std::fill(map, out, std::uint8_t{0});
   for (std::size_t chunk = 0; chunk < lineBytes_ / CHUNK_BYTES; ++chunk, in += CHUNK_BYTES) {
-    if (isWhite(in)) continue;
+    if (isWhite<CHUNK_BYTES>(in)) continue;
     std::memmove(out, in, CHUNK_BYTES);
     out += CHUNK_BYTES;
     map[chunk / CHAR_BIT] |= static_cast<std::uint8_t>(1U << chunk % CHAR_BIT);

@@ -1,8 +1,7 @@
 // Lines of a page that have been read and do not fit the line-block ring yet.
 //
 // A renderer delivers a finished page in one burst, faster than the page is compressed; the more of it is taken at
-// once, the sooner the renderer is free for the next page. Most of a page is white, so that white stretches are not
-// stored:
+// once, the sooner the renderer is free for the next page. Most of a page is white, and white stretches are not stored:
 //
 //   record   a bit for every chunk of 32 bytes, 1 unless the chunk is white; the chunks that are not, in their order;
 //            the bytes after the last whole chunk

@@ -20,7 +20,7 @@ void PageReader::readPage() {
   while (sent < geometry_.pixelHeight) {
     const bool maySend = lines_.size() >= LINES_PER_BLOCK;
     const bool mayRead = read < geometry_.pixelHeight && lines_.hasRoom();
-    // Without a line in the store the next ones go into a block at once.
+    // With an empty store, the next lines go straight into a block.
     if ((maySend || read == sent) && taker_.hasRoom()) {
       sendBlock(sent);
       sent += LINES_PER_BLOCK;

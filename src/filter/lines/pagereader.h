@@ -1,7 +1,7 @@
 // The page reader: the lines of a raster page become line blocks.
 //
 // Lines are read as soon as they arrive, also while the ring has no room for a block: a renderer delivers a page in one
-// burst and goes on to the next, and would else wait for the compression. Job thread only.
+// burst and goes on to the next; otherwise it would wait for the compression. Job thread only.
 #pragma once
 
 #include <cstddef>
@@ -24,8 +24,8 @@ class PageReader {
   /// `taker` outlive the reader. Throws std::bad_alloc.
   PageReader(RasterStream& raster, PixelFormat format, const PageGeometry& geometry, BlockTaker& taker);
 
-  /// Reads the raster's current page to its end and sends all its blocks. What the raster's page lacks is white, what
-  /// it has too much is dropped. Ends the job when another thread fails.
+  /// Reads the raster's current page to its end and sends all its blocks. Lines missing from the raster's page are
+  /// white, surplus ones are dropped. Ends the job when another thread fails.
   void readPage();
 
  private:

@@ -1,7 +1,7 @@
 // The three planes of a colour band, as the codec takes them.
 //
-// Only pixels that print are written into the planes, so that they have to be white before; after a white band they
-// still are, and are not filled again. Image thread only.
+// Only pixels that are not white are written, so the planes have to be white beforehand. After a white band they still
+// are and need no refill. Image thread only.
 #pragma once
 
 #include <cstdint>

@@ -58,10 +58,10 @@ class BlockProcessor {
     return cbufferReadBytes(&imageLineBlockBuffer, copy_.data(), rowBytes());
   }
 
-  /// Gives the ring the room of the block's rows back.
+  /// Returns the space of the block's rows to the ring.
   bool releaseBlock() { return !rowsInRing_ || cbufferSkipBytes(&imageLineBlockBuffer, rowBytes()); }
 
-  /// The image rows' and the tag rows'.
+  /// Bytes of the image rows and the tag rows.
   [[nodiscard]] std::uint32_t rowBytes() const { return header_.imageSize + header_.tagSize; }
 
   void compress() {
@@ -117,7 +117,7 @@ void ImageThread::ensureRunning() {
 }
 
 void ImageThread::stop() {
-  // The thread sets the flag itself, once: a flag that is cleared before would be set again.
+  // The thread sets the flag itself when it starts. If it were cleared before that, it would be set again.
   pollUntil([this] { return thread_.joinIfEnded() || imageProcessorContext.load(std::memory_order_acquire) != 0; });
   imageProcessorContext.store(0, std::memory_order_release);
   thread_.join();

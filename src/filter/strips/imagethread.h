@@ -25,8 +25,8 @@ class ImageThread {
 };
 
 /// Thread body: compresses the line blocks of imageLineBlockBuffer until the run flag at `runFlag` (a
-/// std::atomic<std::uint8_t>, set to 1 here) is cleared. Memory that cannot be had ends the thread and leaves the error
-/// number in imageThreadFailure.
+/// std::atomic<std::uint8_t>, set to 1 here) is cleared. A lack of memory ends the thread and leaves the error number
+/// in imageThreadFailure.
 void* process_image_thread(void* runFlag);
 
 }  // namespace kesto

@@ -92,7 +92,7 @@ std::span<const std::uint8_t> compressBand(WicketSettings* settings, WicketCoder
     status =
         wicketCompressMonoPlane(blocks, map, width, pixels, band.imageRows, capacity, out, &length, settings, coder);
   }
-  // Both codes mean that here, where no pointer is null. The band would be missing from the page.
+  // No pointer is null here, so both codes mean a lack of memory. Without the band, the page would have a gap.
   if (status == CODEC_NO_MEMORY || status == CODEC_NULL_POINTER) throw std::bad_alloc();
   return std::span(gCacheBands.bandStream).first(static_cast<std::size_t>(length));
 }

@@ -1,8 +1,7 @@
 // The tag plane of the strip being gathered.
 //
-// As long as all tags are one value, which on most pages they are, only this value and their number are kept. The
-// stream does not depend on it: TBRLE codes a plane of one tag as one byte, however long it is.
-// Image thread only.
+// As long as all tags have the same value, as on most pages, only the value and the count are kept. The stream is the
+// same: TBRLE codes a plane of one tag as one byte, whatever its length. Image thread only.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,7 @@ std::span<const std::uint8_t> WhiteBands::find(const Place& place) {
 }
 
 void WhiteBands::remember(const Place& place, std::span<const std::uint8_t> stream) {
-  // A band that the codec has refused has no stream.
+  // A band that the codec refused has no stream.
   if (stream.empty() || stream.back() != restartMarkerByte(place.index)) return;
   Entry& entry = entryOf(place);
   entry.width = 0;  // should the memory for the stream be missing

@@ -20,7 +20,7 @@ void reportTexts(std::span<const PSSDALERTINFO> alerts, const AlertReportStyle& 
       }
     }
   } catch (const std::bad_alloc&) {
-    // The printer is asked again; an exception that left the status thread would end the job.
+    // The printer will be asked again. An exception that left the status thread would end the job.
   }
 }
 

@@ -24,7 +24,7 @@ constexpr std::chrono::seconds RECEIVE_TIME{2};
 constexpr milliseconds RETRY_PAUSE{1000};
 constexpr milliseconds POLL_PAUSE{2000};
 
-/// A printer that never stops sending must keep neither a cycle from ending nor, once it is stopped, the job.
+/// A printer that never stops sending must not keep a cycle, or a stopped job, from ending.
 constexpr int MAX_DATAGRAMS = 64;
 constexpr milliseconds CLOSING_TIME = 2 * RECEIVE_TIME;
 
@@ -86,7 +86,7 @@ class Monitor {
       return true;
     }
     CloseNpaNetworkConnection(descriptor_);
-    // The next attempt follows at once; a network that refuses that one too is given time.
+    // The next attempt follows at once; if the network refuses that one too, wait.
     if (++failedRegistrations_ > 1) npaNetworkThreadParams.pause(RETRY_PAUSE);
     return false;
   }

@@ -21,14 +21,14 @@ struct StatusThread {
   std::atomic<std::uint8_t> running{0};  ///< written by the job thread, read by the status thread
   Thread thread;                         ///< job thread only
 
-  /// Starts `body` with `argument`. A thread that cannot be made leaves the job without a monitor, which it can do
-  /// without. Nothing happens when it runs already.
+  /// Starts `body` with `argument`. A thread that cannot be made leaves the job without a monitor, and the job prints
+  /// all the same. Does nothing when it is already running.
   void start(void* (*body)(void*), void* argument) {
     if (running.exchange(1, std::memory_order_acq_rel) == 1) return;
     if (thread.start(body, argument) != 0) running.store(0, std::memory_order_release);
   }
 
-  /// Clears the flag and waits for the thread to end. Nothing happens when it was not started.
+  /// Clears the flag and waits for the thread to end. Does nothing when it was not started.
   void stop() {
     running.store(0, std::memory_order_release);
     thread.join();

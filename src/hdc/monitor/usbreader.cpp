@@ -37,8 +37,8 @@ class BackChannelReader {
 
   /// Reads from the back channel within READ_TIME; 0 or less when nothing came or the thread is to end.
   ///
-  /// The library's own time-out ends in a read that blocks where the channel does, and on a channel that is not there
-  /// it looks for input without end. So readiness is looked at here, and what is not ready counts as silent.
+  /// The library's own time-out ends in a read that may block, and it never returns on a channel that is not there. So
+  /// this polls for readiness itself, and a channel that is not ready counts as silent.
   ssize_t read() {
     const auto start = Clock::now();
     short ready = 0;
@@ -57,7 +57,7 @@ class BackChannelReader {
       const double seconds = std::chrono::duration<double>(READ_TIME).count();
       got = cupsBackChannelRead(static_cast<char*>(static_cast<void*>(piece.data())), piece.size(), seconds);
     }
-    // A channel that has ended answers at once, and would be asked without a pause.
+    // A channel that has ended answers at once: without a pause this would spin.
     if (got <= 0) std::ignore = pollUntil([this] { return isOver(); }, READ_TIME - since(start));
     return got;
   }

@@ -1,5 +1,5 @@
-// The USB status reader: what the printer answers to the requests in its print data comes back on the spooler's back
-// channel, where a thread of its own reads it for the whole job.
+// The USB status reader: the printer's answers to the requests in the print data come back on the spooler's back
+// channel, where a thread reads them for the whole job.
 //
 // The thread alone uses validBuffer and the reassembly state. It never touches the print data.
 #pragma once

@@ -1,5 +1,5 @@
-// The transport of printers on USB. There is no road for requests outside the print data, so it accepts every call and
-// brings nothing: a poll through it sends 0 bytes and ends there.
+// The transport of printers on USB. Requests can travel only in the print data, so it accepts every call and does
+// nothing: a poll through it sends 0 bytes and ends there.
 #pragma once
 
 #include "npa/oir/NPATransport.h"

@@ -45,7 +45,7 @@ struct BandDecoder::Jpeg {
       common->err->format_message(common, jpeg.message.data());
       std::longjmp(jpeg.wayOut, 1);
     };
-    // A warning is as good as an error, and nothing goes on after one.
+    // Treats a warning as an error and stops.
     errors.emit_message = [](j_common_ptr common, int level) {
       if (level < 0) common->err->error_exit(common);
     };
@@ -124,7 +124,7 @@ void BandDecoder::writeHeaders(const BandShape& shape) {
   for (std::size_t i = 0; i < components; ++i) {
     const std::uint8_t sampling = shape.color && i == 0 ? 0x21 : 0x11;
     const std::size_t slot = shape.scaled ? std::min<std::size_t>(i, 1) : FLAT_SLOT;
-    // Components called 1, 2 and 3 are Y, Cb and Cr even without a JFIF header.
+    // Components named 1, 2 and 3 are Y, Cb and Cr even without a JFIF header.
     file_.insert(file_.end(), {static_cast<std::uint8_t>(i + 1), sampling, static_cast<std::uint8_t>(slot)});
   }
   file_.insert(file_.end(), {0xFF, 0xDA});  // SOS (T.81 B.2.3)

@@ -37,7 +37,7 @@ struct BandShape {
 
 class BandDecoder {
  public:
-  /// What libjpeg has to say against a band.
+  /// libjpeg's complaint about a band.
   class Error : public std::runtime_error {
    public:
     using std::runtime_error::runtime_error;

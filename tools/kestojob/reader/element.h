@@ -15,7 +15,7 @@ struct NpaPacket {
   std::vector<std::uint8_t> bytes;
 };
 
-/// A line of PJL without its line feed. The universal exit that ends a job has none.
+/// A PJL line without its line feed. The universal exit that ends a job has none anyway.
 struct PjlLine {
   std::uint64_t offset = 0;
   std::string text;

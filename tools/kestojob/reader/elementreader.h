@@ -2,8 +2,8 @@
 //
 //   job := npa-packet* (pjl-line+ stream-header (operator | data-block)*)* pjl-line*
 //
-// What is refused here is what cannot be cut at all; whether the elements make a job is for others to judge, so that a
-// job with a fault in it can still be listed. No element takes more memory than the longest that a job can hold.
+// Only what cannot be cut into elements is refused here. Whether the elements make a job is judged elsewhere, so that a
+// job with a fault can still be listed. No element takes more memory than the longest that a job can hold.
 #pragma once
 
 #include <optional>

@@ -1,7 +1,7 @@
 // What is wrong with a job, and where.
 //
-// Everything that reads a job throws a Fault at the first thing that does not belong there; nothing of a job is
-// believed before that. Trouble with files, which is no property of the job, is a FileError.
+// Everything that reads a job throws a Fault at the first thing that does not belong there; nothing in a job is trusted
+// before that. Trouble with files, which is not the job's fault, is a FileError.
 #pragma once
 
 #include <cstdint>

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view STREAM_HEADER_START = ") HP-PCL XL;2;1;";
 constexpr std::size_t STREAM_HEADER_LENGTH = 63;  // without its line feed
 
-/// Nobody looks at the pixels of a mere check, so the smallest will do.
+/// A check alone discards the pixels, so the smallest size will do.
 constexpr unsigned UNSEEN_DIVISOR = 8;
 
 PixelForm formOf(const PageSink* sink) {

@@ -20,7 +20,7 @@
 
 namespace kesto::job {
 
-/// Gets the pages of a job while it is checked. What it is given has been found good.
+/// Receives the pages of a job while it is checked. Everything passed in has been found good.
 class PageSink {
  public:
   PageSink() = default;

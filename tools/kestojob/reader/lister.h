@@ -16,7 +16,7 @@
 
 namespace kesto::job {
 
-/// A data block and the strip that it belongs to.
+/// A data block, with the strip that it belongs to.
 struct StripData {
   DataBlock block;
   std::uint64_t page = 0, strip = 0;  ///< counted from 1
@@ -45,7 +45,7 @@ class ListWriter {
   virtual void image(const StripData& data) = 0;
   virtual void tags(const StripData& data, const TagSummary& tags) = 0;
   virtual void end(std::uint64_t offset, std::uint64_t pages, std::uint64_t strips) = 0;
-  /// Instead of the end: what keeps the rest from being read, for a writer whose readers see nothing else.
+  /// Called instead of `end` with the reason why the rest cannot be read, for readers that see nothing else.
   virtual void fault(const Fault& /*fault*/) {}
 };
 

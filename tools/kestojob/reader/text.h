@@ -1,7 +1,6 @@
 // Bytes and numbers as people and programs read them.
 //
-// What comes out of a job may hold anything. Nothing of it reaches a terminal as a control character, and nothing of it
-// breaks a JSON string.
+// A job may contain anything. None of it reaches a terminal as a control character or breaks a JSON string.
 #pragma once
 
 #include <cstdint>
