@@ -36,11 +36,12 @@ PageGeometry decideGeometry(const cups_page_header2_t& header, const JobSetting&
          geometry.pixelHeight);
   if (geometry.pixelWidth == 0 || geometry.pixelWidth > MAX_PIXEL_WIDTH || geometry.pixelWidth % WIDTH_MULTIPLE != 0) {
     failJobWithText("ERROR: The paper size leaves a line of " + std::to_string(setting.customPixelWidth) +
-                        " pixels, which cannot be printed",
+                        " pixels, which cannot be printed: choose another size",
                     EINVAL);
   }
   if (custom && setting.mediaSize.custom.customHeight <= 0) {
-    failJobWithText("ERROR: The paper size leaves a sheet without height, which cannot be printed", EINVAL);
+    failJobWithText("ERROR: The paper size leaves a sheet without height, which cannot be printed: choose another size",
+                    EINVAL);
   }
   return geometry;
 }

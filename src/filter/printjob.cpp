@@ -133,7 +133,7 @@ void endRenderer(Renderer& renderer, bool leftEarly) {
 
 /// How many times the filter prints each page: once when the printer or the spooler collates. With any value of the
 /// attribute below but one, the spooler's own PDF filter has made the copies already and passes their number on as
-/// well.
+/// well (decisions.md#copies-by-the-spooler).
 std::int32_t copiesToMake(const char* options) {
   const char* handling = ticketValue(options, "multiple-document-handling");
   const bool madeBySpooler = handling != nullptr && strcasecmp(handling, "separate-documents-uncollated-copies") != 0;
@@ -156,11 +156,13 @@ void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const Rast
   } else if (noPage && access(pdf.name().c_str(), R_OK) != 0) {
     reportErrno("ERROR: Unable to open the document", errno);
   } else if (noPage) {
-    report("ERROR: The document has no page that can be printed%s%s. It may be empty, damaged or protected.\n",
-           failure ? ": pdftoraster " : "", failure.value_or("").c_str());
+    report(
+        "ERROR: The document has no page that can be printed%s%s. It may be empty, damaged or protected: open it in a "
+        "viewer to check.\n",
+        failure ? ": pdftoraster " : "", failure.value_or("").c_str());
   } else if (raster.endedEarly() || failure) {
-    report("ERROR: The document is incomplete: pdftoraster %s at page %d.\n", failure.value_or("ended early").c_str(),
-           printed.count);
+    report("ERROR: The document is incomplete: pdftoraster %s at page %d. Check it, then print from that page on.\n",
+           failure.value_or("ended early").c_str(), printed.count);
   }
 }
 

@@ -6,7 +6,7 @@
 // Lengths are not trusted: only a packet that fits the response buffer is waited for, and the owner drops it when the
 // stream falls silent.
 //
-// Status thread only.
+// decisions.md#joined-pieces has the reasons. Status thread only.
 #pragma once
 
 #include <array>

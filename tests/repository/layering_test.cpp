@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -96,6 +97,25 @@ TEST(Layering, TheJobReaderSharesNamesWithTheFilterAndNothingElse) {
     }
   }
   EXPECT_GT(sources, 20);
+}
+
+TEST(Decisions, HaveTheAnchorsThatCommentsPointTo) {
+  std::ifstream document(std::string(KESTO_SOURCES) + "/../docs/decisions.md");
+  const std::string decisions(std::istreambuf_iterator<char>(document), {});
+  const std::regex reference("decisions\\.md#([a-z-]+)");
+  int references = 0;
+  for (const char* folder : {KESTO_SOURCES, KESTO_TOOLS}) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+      std::ifstream stream(entry.path());
+      std::smatch match;
+      for (std::string line; std::getline(stream, line);) {
+        if (!std::regex_search(line, match, reference)) continue;
+        ++references;
+        EXPECT_NE(decisions.find("id=\"" + match[1].str() + '"'), std::string::npos) << entry.path() << ": " << line;
+      }
+    }
+  }
+  EXPECT_GT(references, 5);
 }
 
 }  // namespace

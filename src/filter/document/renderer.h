@@ -2,7 +2,7 @@
 //
 // The child leads a process group of its own. A spooler that cancels a job signals the filter's whole group; the page
 // in progress can be finished all the same. When the job ends, the child's group is killed. Should the job itself be
-// killed, the kernel ends the child.
+// killed, the kernel ends the child (decisions.md#renderer-group).
 #pragma once
 
 #include <chrono>

@@ -6,7 +6,7 @@
 //   record   a bit for every chunk of 32 bytes, 1 unless the chunk is white; the chunks that are not, in their order;
 //            the bytes after the last whole chunk
 //
-// Lines come out in the order in which they went in. Job thread only.
+// Lines come out in the order in which they went in. Why not whole blocks: decisions.md#read-ahead. Job thread only.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // What the two status threads have in common: a run flag, a thread, and pauses that end when the flag falls.
 //
 // A printer answers after it has been asked, and most jobs ask at their very end. So a stop does not cut off what the
-// thread waits for; ClosingTime says how long that may still take.
+// thread waits for; ClosingTime says how long that may still take (decisions.md#late-answers).
 #pragma once
 
 #include <atomic>

@@ -38,7 +38,7 @@ class BackChannelReader {
   /// Reads from the back channel within READ_TIME; 0 or less when nothing came or the thread is to end.
   ///
   /// The library's own time-out ends in a read that may block, and it never returns on a channel that is not there. So
-  /// this polls for readiness itself, and a channel that is not ready counts as silent.
+  /// this polls for readiness itself, and a channel that is not ready counts as silent (decisions.md#back-channel).
   ssize_t read() {
     const auto start = Clock::now();
     short ready = 0;

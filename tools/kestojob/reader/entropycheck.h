@@ -4,7 +4,7 @@
 // many and lets a run leave its block. Here the data have to be exactly the announced blocks and the padding of their
 // last byte.
 //
-// Constant after construction; any thread may use it.
+// It complements the picture decoder (decisions.md#read-twice). Constant after construction; any thread may use it.
 #pragma once
 
 #include <array>
