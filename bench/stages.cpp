@@ -20,6 +20,7 @@
 #include "filter/strips/tagplane.h"
 #include "measurements.h"
 #include "support/argumentlist.h"
+#include "support/standardinput.h"
 
 namespace kesto::bench {
 namespace {
@@ -29,22 +30,6 @@ constexpr unsigned PAGES = 10;
 /// Processor seconds of each step, of all pages together.
 struct StageTimes {
   double reading = 0, passing = 0, converting = 0, compressing = 0, writing = 0;
-};
-
-/// Keeps what is standard input while there is one: a raster stream takes its place and closes it, and what is opened
-/// next would become standard input by accident.
-class StandardInput {
- public:
-  StandardInput() : kept_(dup(STDIN_FILENO)) {}
-  StandardInput(const StandardInput&) = delete;
-  StandardInput& operator=(const StandardInput&) = delete;
-  ~StandardInput() {
-    dup2(kept_, STDIN_FILENO);
-    close(kept_);
-  }
-
- private:
-  int kept_;
 };
 
 /// The processor time of this thread since the last call.
@@ -90,7 +75,7 @@ void printPage(RasterStream& stream, const PageGeometry& page, LineStore& lines,
 
 StageTimes printPages(const Programs& programs, const std::string& raster) {
   std::vector<std::string> arguments{"Bench", "1", "bench", "Benchmark", "1", ""};
-  const StandardInput restoredAtEnd;
+  const test::StandardInput restoredAtEnd;
   const Renderer renderer(REPLAY_SERVERBIN, test::pointers(arguments).data(), programs.replayDocument(raster, PAGES));
   RasterStream stream(renderer);
   if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);

@@ -45,6 +45,7 @@ void useRing(Input& in) {
   Source source;
   std::deque<std::uint8_t> model;
   std::uint32_t capacity = 0;
+  std::int64_t inPlace = 0;  // stores and take-outs that did not cross the end
   const auto create = [&] { require(cbufferCreate(&ring, capacity = in.number(0, 300))); };
   create();
   while (!in.empty()) {
@@ -62,18 +63,29 @@ void useRing(Input& in) {
     } else if ((step & 4) != 0) {
       const Bytes bytes = source.next(count);
       const bool fits = count + model.size() <= capacity;
-      require(cbufferWriteBytes(&ring, bytes.data(), count) == fits);
+      std::uint8_t* const place = (step & 8) != 0 && count > 0 ? cbufferReserveBytes(&ring, count) : nullptr;
+      require(place == nullptr || fits);
+      if (place != nullptr) std::ranges::copy(bytes, place);
+      require((place != nullptr ? cbufferCommitBytes(&ring, count) : cbufferWriteBytes(&ring, bytes.data(), count)) ==
+              fits);
+      inPlace += place != nullptr ? 1 : 0;
       if (fits) model.insert(model.end(), bytes.begin(), bytes.end());
     } else {
       Bytes bytes(count, 0x77);
       const bool there = count <= model.size();
-      require(cbufferReadBytes(&ring, bytes.data(), count) == there);
+      const std::uint8_t* const seen = (step & 8) != 0 && count > 0 ? cbufferPeekBytes(&ring, count) : nullptr;
+      require(seen == nullptr || there);
+      if (seen != nullptr) std::copy_n(seen, count, bytes.begin());
+      require((seen != nullptr ? cbufferSkipBytes(&ring, count) : cbufferReadBytes(&ring, bytes.data(), count)) ==
+              there);
+      inPlace += seen != nullptr ? 1 : 0;
       require(there ? std::equal(bytes.begin(), bytes.end(), model.begin()) : bytes == Bytes(count, 0x77));
       if (there) model.erase(model.begin(), model.begin() + count);
     }
     requireCounts(ring, model, capacity);
   }
   cbufferFree(&ring);
+  fuzz::note(inPlace);
 }
 
 /// Where a channel writes to: a file in memory, the device that is always full, or a descriptor that is none.

@@ -80,6 +80,7 @@ void makeCopies(Input& in) {
     due.push_back(blocksOf(own == 0 ? -1 : page, own != 0 || isFirst ? own : WHOLE_PAGE));
   }
   require(printer.pages == due);
+  fuzz::note(std::int64_t{std::ssize(due)});
 }
 
 /// A page list as a vector and a position, -1 for none.

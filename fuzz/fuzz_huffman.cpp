@@ -105,6 +105,7 @@ void writeAndRead(Input& in) {
   }
   std::uint32_t length = 0;
   full = finishEncoding(&length, coder) != CODEC_OK || full;
+  fuzz::note(std::span(stream).first(length));
   require(length <= capacity && (!full || length == capacity));
   if (full || stream.empty()) return;
   require(decodeData(stream.data(), length, coder) == CODEC_OK);
@@ -150,6 +151,7 @@ void readAnything(Input& in) {
     }
     require(coder->reader.bytesLeft <= size && coder->reader.position + coder->reader.bytesLeft == data.data() + size);
     require(decodeBitPosition(coder) <= 8 * size);
+    fuzz::note(decodeBitPosition(coder) + value + word + byte);
   }
 }
 
@@ -191,6 +193,7 @@ void makeTables(Input& in) {
   const std::int32_t status =
       codecInitialize(pointer(2, lists.dcCounts.data()), dcSymbols.data(), pointer(4, lists.acCounts.data()),
                       pointer(6, acSymbols.data()), table.get());
+  fuzz::note(status);
   if (status != CODEC_OK) return;
   require(codecInitialize(lists.dcCounts.data(), dcSymbols.data(), lists.acCounts.data(), acSymbols.data(),
                           table.get()) == CODEC_OK);

@@ -114,6 +114,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   JobSetting setting = {};
   initializeJobSetting(&setting, &header, ticket.empty() ? nullptr : ticket.c_str());
   requireSettled(setting, header);
+  setting.fDateTime = 46342;
   const bool withPage = setting.resolution % 0x10000 != 0;
   if (withPage && fuzz::isRefused(setting, header.cupsWidth)) return 0;
 
@@ -126,7 +127,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   writePJLEndOfJob();
   jobsetting = nullptr;
   try {
-    const job::JobSummary summary = job::checkJob(output.take());
+    const Bytes job = output.take();
+    fuzz::note(job);
+    const job::JobSummary summary = job::checkJob(job);
     require(summary.pages == (withPage ? 1 : 0));
   } catch (const job::Fault&) {
     require(!fuzz::canBeGood(setting) || fuzz::hasControlCharacter(title) || fuzz::hasControlCharacter(user));

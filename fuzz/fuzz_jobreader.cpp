@@ -28,11 +28,17 @@ class Onlooker : public PageSink {
   volatile std::uint64_t sum_ = 0;
 };
 
-/// Takes what is written, and keeps nothing.
+/// Notes what is written, and keeps nothing.
 class Nowhere : public std::streambuf {
  protected:
-  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-  std::streamsize xsputn(const char* /*text*/, std::streamsize count) override { return count; }
+  int_type overflow(int_type c) override {
+    kesto::fuzz::note(c);
+    return traits_type::not_eof(c);
+  }
+  std::streamsize xsputn(const char* text, std::streamsize count) override {
+    kesto::fuzz::note(std::string_view(text, static_cast<std::size_t>(count)));
+    return count;
+  }
 };
 
 /// Runs an action; true when it finds no fault. A fault lies within the job.
@@ -42,6 +48,8 @@ bool isGood(std::size_t size, Action action) {
     action();
   } catch (const Fault& fault) {
     require(fault.offset() <= size && *fault.what() != '\0');
+    kesto::fuzz::note(std::string_view(fault.what()));
+    kesto::fuzz::note(static_cast<std::int64_t>(fault.offset()));
     return false;
   }
   return true;

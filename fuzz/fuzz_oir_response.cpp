@@ -7,6 +7,7 @@
 #include "npa/oir/OIRCommandResponse.h"
 #include "require.h"
 
+using kesto::fuzz::note;
 using kesto::fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -20,7 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(result == 1 ? count >= 0 && count <= 255 : count == 0);
     std::vector<char*> texts(static_cast<std::size_t>(count), nullptr);
     require(response.mappedString(texts.data()) == count);
-    for (const char* text : texts) require(text == nullptr || std::strlen(text) < 50);
+    for (const char* text : texts) {
+      require(text == nullptr || std::strlen(text) < 50);
+      note(std::string_view(text == nullptr ? "-" : text));
+    }
     answer = std::vector(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(answer.size() / 2));
   }
   return 0;

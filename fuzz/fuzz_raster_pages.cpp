@@ -157,6 +157,7 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
                            const char* type = page.header.MediaType;
                            return fuzz::hasControlCharacter({type, strnlen(type, sizeof page.header.MediaType - 1)});
                          });
+  setting.fDateTime = 46342;
   jobsetting = &setting;
   const fuzz::JobInMemory output;
   try {
@@ -175,7 +176,9 @@ void runJob(RasterStream& raster, const Job& job, const std::vector<RasterPage>&
     return require(fuzz::isRefused(setting, pages[0].header.cupsWidth));
   }
   require(!pageFollows || !fuzz::isRefused(setting, pages[0].header.cupsWidth));
-  if (canBeGood) requireJob(output.take(), job, pages, setting, size);
+  const Bytes bytes = output.take();
+  fuzz::note(bytes);
+  if (canBeGood) requireJob(bytes, job, pages, setting, size);
 }
 
 }  // namespace

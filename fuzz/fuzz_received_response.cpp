@@ -39,6 +39,12 @@ void receive(const std::vector<std::uint8_t>& block) {
   require(!complete || (done == -1 && length >= 7));
   require(kesto::validBufferCount >= 0 && kesto::validBufferCount <= 1024);
   require(kesto::firstResponseBufferCount >= 0);
+  for (const std::int32_t number :
+       {std::int32_t{complete}, done, length, kesto::validBufferCount, kesto::firstResponseBufferCount,
+        std::int32_t{kesto::setContinueFlag}, std::int32_t{kesto::firstresponse}}) {
+    kesto::fuzz::note(number);
+  }
+  kesto::fuzz::note(kesto::validBuffer);
   if (!complete) return;
   readAlerts(length);
   kesto::validBuffer = {};
@@ -51,6 +57,8 @@ void requireRequest(std::span<const std::uint8_t> command) {
   const bool sent = kesto::AssembleNPACommand(command.data(), request.data(), length) == std::ssize(request);
   require(sent == (command.data() != nullptr));
   require(!sent || std::ranges::equal(command, std::span(request).subspan(kesto::NETWORK_HEADER_SIZE)));
+  kesto::fuzz::note(kesto::isAckIDValid(command));
+  if (sent) kesto::fuzz::note(request);
   require(!kesto::isAckIDValid(command) || command.size() >= kesto::NETWORK_ANSWER_OFFSET);
 }
 

@@ -69,6 +69,7 @@ void encode(Input& in) {
   const bool good =
       !tags.empty() && tags.size() % 4 == 0 && std::ranges::all_of(tags, [](auto tag) { return tag <= 4; });
   require(good == !stream.empty());
+  fuzz::note(stream);
 
   Bytes small(smallCapacity);
   small.resize(tbrle_encode(sizeOf(small), small.data(), sizeOf(tags), tags.data()));
@@ -110,6 +111,7 @@ void encodePattern(Input& in) {
   const std::uint32_t count = in.word32() & 0x7FFF;
   Bytes run(room);
   run.resize(encode_pattern(run.data(), room, pattern, count));
+  fuzz::note(run);
   Bytes packed;
   if (!run.empty()) require(expand(run, packed) && packed == Bytes(count, static_cast<std::uint8_t>(pattern * 0x55)));
 }

@@ -4,7 +4,7 @@
 #include <functional>
 #include <optional>
 
-#include "codec/bandcoder.h"
+#include "bandcoder.h"
 #include "codec/colorconvert.h"
 #include "codec/fast/fastband.h"
 #include "codec/wicketsegment.h"
@@ -97,6 +97,9 @@ Outcome compress(BandWay way, const Band& band, const Prepare& prepare) {
 Outcome compressAllWays(const Band& band, const Prepare& prepare) {
   Outcome literal = compress(BandWay::LITERAL, band, prepare);
   for (const BandWay way : {BandWay::BASIC, BandWay::SPECIFIC}) require(compress(way, band, prepare) == literal);
+  fuzz::note(literal.status);
+  for (const Bytes& stream : literal.streams) fuzz::note(stream);
+  for (const std::int32_t record : literal.records) fuzz::note(record);
   return literal;
 }
 
@@ -266,7 +269,9 @@ void convertColors(Input& in) {
                                          rgb.data(), static_cast<std::int32_t>(stride), static_cast<std::int32_t>(size),
                                          planes[0].data(), planes[1].data(), planes[2].data(), keepPlanes ? 1 : 0);
   const bool printed = std::ranges::any_of(rgb, [](std::uint8_t value) { return value != 255; });
+  fuzz::note(status);
   if (status != CODEC_OK && status != COLOR_BAND_PRINTED) return;
+  for (const Bytes& plane : planes) fuzz::note(plane);
   require((status == COLOR_BAND_PRINTED) == printed);
   for (std::size_t y = 0; y < lines; ++y) {
     require(stripTrail(&rgb[y * 3 * width], static_cast<std::int32_t>(width)) <= static_cast<std::int32_t>(width));

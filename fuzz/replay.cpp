@@ -1,5 +1,6 @@
 // Runs a fuzz target without a fuzzer: on every kept input of its corpus, and on so many made from them by a fixed
-// sequence of changes. For ordinary builds, where each of the target's requirements is a test.
+// sequence of changes. For ordinary builds, where each of the target's requirements is a test, and the digest of all
+// that came out pins the rest.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +10,8 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#include "require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -53,7 +56,7 @@ Bytes change(Bytes input, const Bytes& other, std::mt19937& random) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  if (argc != 3) return 2;
+  if (argc != 4) return 2;
   std::mt19937 random(1);
   const std::vector<Bytes> corpus = readCorpus(argv[1]);
   for (const Bytes& input : corpus) LLVMFuzzerTestOneInput(input.data(), input.size());
@@ -61,6 +64,7 @@ int main(int argc, char* argv[]) {
     const Bytes input = change(corpus[random() % corpus.size()], corpus[random() % corpus.size()], random);
     LLVMFuzzerTestOneInput(input.data(), input.size());
   }
-  std::printf("%zu kept inputs\n", corpus.size());
-  return corpus.empty() ? 1 : 0;
+  const std::string digest = kesto::fuzz::digest.text();
+  std::printf("%zu kept inputs, digest %s\n", corpus.size(), digest.c_str());
+  return !corpus.empty() && digest == argv[3] ? 0 : 1;
 }

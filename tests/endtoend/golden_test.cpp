@@ -3,24 +3,21 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <iomanip>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
+#include "support/digest.h"
 #include "support/raster.h"
 
 namespace kesto::test {
 namespace {
 
-/// FNV-1a, 64 bits.
 std::string digestOf(const Bytes& bytes) {
-  std::uint64_t hash = 0xCBF29CE484222325U;
-  for (const std::uint8_t byte : bytes) hash = (hash ^ byte) * 0x100000001B3U;
-  std::ostringstream text;
-  text << std::hex << std::setw(16) << std::setfill('0') << hash;
-  return text.str();
+  Digest digest;
+  digest.add(bytes);
+  return digest.text();
 }
 
 /// "options | copies=, type=, uri= | renderer's recipe, its lines separated by semicolons".

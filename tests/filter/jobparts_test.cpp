@@ -1,12 +1,16 @@
-// The steps of the job that stand alone: device URI, pixel formats, mirroring.
+// The steps of the job that stand alone. What they make of a job is pinned by the digests of whole jobs.
+#include <bit>
 #include <numeric>
 
 #include <gtest/gtest.h>
 
+#include "codec/tbrle.h"
 #include "filter/device.h"
 #include "filter/document/pdfinspector-linux.h"
 #include "filter/document/pixelformat.h"
-#include "filter/strips/strips.h"
+#include "filter/jobstate.h"
+#include "filter/strips/imagethread.h"
+#include "filter/strips/tagplane.h"
 #include "filter/util.h"
 
 namespace kesto {
@@ -39,26 +43,6 @@ TEST(DeviceUri, DecidesConnectivityAndAddress) {
   }
 }
 
-TEST(PixelFormat, BringsEveryRasterFormatIntoTheJobsForm) {
-  const auto convert = [](cups_cspace_t space, unsigned bits, const Bytes& source, PixelFormat to, std::size_t size) {
-    Bytes line(size, 0x55);
-    convertPixels(*findRasterFormat(space, bits), source, to, line);
-    return line;
-  };
-  const Bytes rgb = {255, 0, 0, 0, 255, 0, 255, 255, 255};
-  EXPECT_EQ(convert(CUPS_CSPACE_RGB, 24, rgb, PixelFormat::RGB, 9), rgb);
-  EXPECT_EQ(convert(CUPS_CSPACE_RGB, 24, rgb, PixelFormat::GREY, 4), (Bytes{76, 149, 255, 255})) << "padded white";
-  EXPECT_EQ(convert(CUPS_CSPACE_RGB, 24, rgb, PixelFormat::RGB, 6), (Bytes{255, 0, 0, 0, 255, 0})) << "cut";
-  EXPECT_EQ(convert(CUPS_CSPACE_SW, 8, {0, 9}, PixelFormat::RGB, 9), (Bytes{0, 0, 0, 9, 9, 9, 255, 255, 255}));
-  EXPECT_EQ(convert(CUPS_CSPACE_K, 8, {0, 255, 3}, PixelFormat::GREY, 3), (Bytes{255, 0, 252}));
-  EXPECT_EQ(convert(CUPS_CSPACE_CMY, 24, {255, 0, 0}, PixelFormat::RGB, 6), (Bytes{0, 255, 255, 255, 255, 255}));
-  EXPECT_FALSE(isStoredAs(*findRasterFormat(CUPS_CSPACE_CMY, 24), PixelFormat::RGB));
-  EXPECT_FALSE(isStoredAs(*findRasterFormat(CUPS_CSPACE_SW, 8), PixelFormat::RGB));
-  EXPECT_TRUE(isStoredAs(*findRasterFormat(CUPS_CSPACE_SRGB, 24), PixelFormat::RGB));
-  EXPECT_EQ(findRasterFormat(CUPS_CSPACE_CMYK, 24), nullptr);
-  EXPECT_EQ(findRasterFormat(CUPS_CSPACE_RGB, 48), nullptr);
-}
-
 TEST(Mirror, ReversesPixelsAndKeepsTheirBytes) {
   const auto mirrored = [](Bytes bytes, std::int32_t start, std::int32_t end, std::uint32_t size) {
     implement_mirorr_on(bytes.data(), start, end, size);
@@ -66,8 +50,38 @@ TEST(Mirror, ReversesPixelsAndKeepsTheirBytes) {
   };
   EXPECT_EQ(mirrored({1, 2, 3, 4, 5, 6, 7, 8, 9}, 0, 6, 3), (Bytes{7, 8, 9, 4, 5, 6, 1, 2, 3}));
   EXPECT_EQ(mirrored({0, 1, 2, 3, 4, 9}, 1, 4, 1), (Bytes{0, 4, 3, 2, 1, 9}));
-  EXPECT_EQ(mirrored({1, 2, 3}, 1, 1, 1), (Bytes{1, 2, 3}));
   EXPECT_EQ(mirrored({1, 2, 3}, 2, 0, 1), (Bytes{1, 2, 3}));
+}
+
+TEST(TagPlane, CodesTagsOfAnyKindAsTheWholePlaneIsCoded) {
+  TagPlane plane;
+  for (const int kinds : {1, 2, 5, 1}) {
+    Bytes all;
+    for (int band = 0; band < 6; ++band) {
+      Bytes tags(64, 3);
+      if (kinds > 1 && band > 2) std::iota(tags.begin(), tags.end(), std::uint8_t{0});
+      for (std::uint8_t& tag : tags) tag = static_cast<std::uint8_t>(kinds == 1 ? 3 : tag % kinds);
+      plane.append(tags);
+      all.insert(all.end(), tags.begin(), tags.end());
+    }
+    Bytes expected(2 * all.size());
+    expected.resize(tbrle_encode(static_cast<std::uint32_t>(expected.size()), expected.data(),
+                                 static_cast<std::uint32_t>(all.size()), all.data()));
+    EXPECT_TRUE(std::ranges::equal(plane.encode(), expected)) << kinds;
+    EXPECT_EQ(plane.size(), all.size());
+    plane.clear();
+  }
+}
+
+TEST(ImageThread, StopsAtOnceHoweverYoungItIs) {
+  for (int i = 0; i < 300; ++i) {
+    ImageThread thread;
+    thread.ensureRunning();
+    thread.ensureRunning();
+    thread.stop();
+    EXPECT_EQ(imageProcessorContext, 0);
+  }
+  EXPECT_EQ(imageThreadFailure, 0);
 }
 
 TEST(PdfInspector, ReportsSuccessAndDeliversNoPages) {
@@ -83,8 +97,7 @@ TEST(PdfInspector, ReportsSuccessAndDeliversNoPages) {
   EXPECT_EQ(pages, nullptr);
 }
 
-TEST(SwapFloat, LeavesLittleEndianFloatsAlone) {
-  static_assert(std::endian::native != std::endian::little || swapFloat(8.5f) == 8.5f);
+TEST(SwapFloat, GivesLittleEndianBytes) {
   const auto bytes = std::bit_cast<std::array<std::uint8_t, 4>>(swapFloat(1.0f));
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0x00, 0x00, 0x80, 0x3F}));
 }

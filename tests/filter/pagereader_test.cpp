@@ -14,6 +14,7 @@
 #include "jobsettings/jobsettings.h"
 #include "support/argumentlist.h"
 #include "support/raster.h"
+#include "support/standardinput.h"
 
 namespace kesto {
 namespace {
@@ -52,6 +53,7 @@ class PageReading : public testing::Test, private BlockTaker {
     EXPECT_FALSE(raster_->endedEarly());
   }
 
+  const test::StandardInput restoredAtEnd_;
   std::optional<Renderer> renderer_;
   std::size_t blocks_ = 0;  ///< taken so far
 

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -13,17 +12,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "base/poll.h"
-#include "support/sanitized.h"
 
 namespace kesto {
 namespace {
 
 using namespace std::chrono_literals;
-using test::SANITIZED;
 using Bytes = std::vector<std::uint8_t>;
 
 std::int64_t send(const Bytes& bytes) {
@@ -105,14 +101,6 @@ TEST_F(Channel, HoldsTheThresholdBackUntilTheEnd) {
   EXPECT_EQ(hdcFailure(), 0);
 }
 
-TEST_F(Channel, WritesEverythingStoredAsOneBlock) {
-  openPipe(O_DIRECT | O_CLOEXEC);
-  hdcInitialize(20, 5);
-  for (const auto* piece : {"ab", "cdef", "ghijk"}) EXPECT_EQ(send(piece), static_cast<int>(std::string(piece).size()));
-  hdcStartPrintThread(nullptr);
-  EXPECT_EQ(receive(), "abcdefghijk");
-}
-
 TEST_F(Channel, LeavesTheRestInTheRingWhenStopped) {
   hdcInitialize(20, 5);
   hdcStartPrintThread(nullptr);
@@ -140,30 +128,6 @@ TEST_F(Channel, KeepsOrderThroughASmallRing) {
   const auto received = receiveAll(sent.size());
   job.join();
   EXPECT_TRUE(received == sent);
-}
-
-TEST_F(Channel, TakesWhatIsLargerThanTheRingOrThanTheRoomAboveTheThreshold) {
-  struct Case {
-    std::uint32_t capacity, threshold;
-    std::size_t first, second;
-  };
-  for (const auto& row : {Case{1000, 250, 0, 50'000}, Case{1000, 250, 200, 1000}, Case{1000, 250, 200, 801},
-                          Case{1000, 1000, 600, 600}, Case{1000, 5000, 1000, 1}, Case{1, 0, 0, 40}}) {
-    hdcInitialize(row.capacity, row.threshold);
-    hdcStartPrintThread(nullptr);
-    const auto sent = sequence(row.first + row.second);
-    std::thread job([&] {
-      EXPECT_EQ(hdcWrite(sent.data(), static_cast<std::uint32_t>(row.first)), static_cast<std::int64_t>(row.first));
-      EXPECT_EQ(hdcWrite(&sent[row.first], static_cast<std::uint32_t>(row.second)),
-                static_cast<std::int64_t>(row.second));
-      hdcWaitUntilEmpty();
-    });
-    const auto received = receiveAll(sent.size());
-    job.join();
-    EXPECT_TRUE(received == sent) << row.first << " and " << row.second;
-    hdcStopPrintThread();
-    hdcDestroy();
-  }
 }
 
 TEST_F(Channel, FinishesTheBlockInHandAfterShortAndRefusedWrites) {
@@ -207,21 +171,6 @@ TEST_F(Channel, FailsForGoodWhenNobodyReadsAnyMore) {
   EXPECT_EQ(hdcFailure(), 0);
 }
 
-TEST_F(Channel, WritesOnlyWhileItRunsAndHasNotFailed) {
-  hdcInitialize(100, 0);
-  const Bytes bytes(3);
-  write_bytes(bytes.data(), 3);
-  EXPECT_EQ(receive(30ms), "") << "nothing runs";
-  hdcContext.running = 1;
-  hdcContext.outputDescriptor = -1;
-  write_bytes(bytes.data(), 3);
-  EXPECT_EQ(hdcFailure(), EBADF);
-  hdcContext.outputDescriptor = writeEnd_;
-  write_bytes(bytes.data(), 3);
-  EXPECT_EQ(receive(30ms), "") << "a failure is final";
-  hdcContext.running = 0;
-}
-
 TEST_F(Channel, LetsGoOfAReaderThatTakesNothingWhenAbandoned) {
   hdcInitialize(400'000, 0);
   hdcStartPrintThread(nullptr);
@@ -233,15 +182,7 @@ TEST_F(Channel, LetsGoOfAReaderThatTakesNothingWhenAbandoned) {
   EXPECT_EQ(hdcFailure(), ECANCELED);
 }
 
-TEST_F(Channel, RefusesBytesWithoutARing) {
-  EXPECT_EQ(send("x"), -1);
-  EXPECT_EQ(send(""), 0);
-  hdcWaitUntilEmpty();
-  hdcInitialize(0, 0);
-  EXPECT_EQ(send("x"), -1);
-}
-
-TEST_F(Channel, TellsWhenThereIsNoPrintThread) {
+TEST_F(Channel, FailsWithoutAPrintThread) {
   pthread_attr_t usual;
   pthread_attr_t impossible;
   ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
@@ -256,34 +197,6 @@ TEST_F(Channel, TellsWhenThereIsNoPrintThread) {
   hdcWaitUntilEmpty();
   hdcStopPrintThread();
   pthread_setattr_default_np(&usual);
-}
-
-/// Ends the process with hdcFailure() after `step`, which runs without a byte of new memory.
-template <class Step>
-[[noreturn]] void exitWithFailureWithoutMemory(Step step) {
-  const rlimit nothing{.rlim_cur = 1, .rlim_max = 1};
-  setrlimit(RLIMIT_AS, &nothing);
-  step();
-  std::_Exit(hdcFailure());
-}
-
-TEST_F(Channel, TellsWhenMemoryRunsOut) {
-  if (SANITIZED) GTEST_SKIP() << "the sanitizer needs memory of its own";
-  constexpr std::uint32_t LARGE = 64U << 20;
-  const Bytes large(LARGE);
-  EXPECT_EXIT(exitWithFailureWithoutMemory([] { hdcInitialize(LARGE, 0); }), testing::ExitedWithCode(ENOMEM),
-              "^ERROR: Unable to allocate memory: Cannot allocate memory\n$");
-  EXPECT_EXIT(
-      {
-        hdcInitialize(LARGE, LARGE / 2);
-        hdcStartPrintThread(nullptr);
-        exitWithFailureWithoutMemory([&large] {
-          send(large);
-          hdcWaitUntilEmpty();
-          hdcStopPrintThread();
-        });
-      },
-      testing::ExitedWithCode(ENOMEM), "^$");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <string>
@@ -13,6 +14,9 @@
 #include "npa/oir/NPATransport9300.h"
 #include "npa/oir/NPATransportUSB.h"
 #include "npa/oir/OIRCommandRequest.h"
+#include "npa/oir/oirthread.h"
+#include "support/capturedlog.h"
+#include "support/process.h"
 #include "support/udpresponder.h"
 
 namespace kesto {
@@ -34,46 +38,6 @@ TEST(OirRequest, IsTheHeaderAndTheCommand) {
   OIRCommandReq().CopyOIRReqBytes(bytes.data() + NPATHeaderReq::getHeaderLength());
   EXPECT_EQ(hex(bytes), "01 00 00 31 44 33 22 11 A5 00 03 50 04 06");
   EXPECT_EQ(OIRCommandReq::getOIRLength(), 6);
-}
-
-/// The result of parsing, the number of entries and their texts ("-" for none), joined by '|'.
-std::string parsed(OIRCommandResp& answer, std::string_view text) {
-  Bytes bytes = unhex(text);
-  int count = -7;
-  const auto result = answer.ParseOIRResponse(bytes.data(), static_cast<unsigned short>(bytes.size()), count);
-  std::vector<char*> texts(static_cast<std::size_t>(count), nullptr);
-  EXPECT_EQ(answer.mappedString(texts.data()), count);
-  std::string all = std::to_string(result) + " " + std::to_string(count);
-  for (const char* entry : texts) all += std::string("|") + (entry == nullptr ? "-" : entry);
-  return all;
-}
-
-TEST(OirAnswer, NamesComponentAndCondition) {
-  OIRCommandResp answer;
-  EXPECT_EQ(parsed(answer, "A5 00 0D 50 04 06 02  08 00 04 05 AA  0E 00 01 04"), "1 2|SuppliesLow|Qbi FrameworkOpen");
-  EXPECT_EQ(hex(answer.entries()[0].header), "08 00 04 05");
-  EXPECT_EQ(hex(std::span(answer.entries()[0].bytes).first(6)), "08 00 04 05 AA 00");
-  EXPECT_EQ(parsed(answer,
-                   "A5 00 00 50 04 06 06  01 00 06 04  06 00 08 04  10 FF 3C 04  09 00 30 04  03 00 09 04"
-                   " 0C 00 2A 04"),
-            "1 6|InputNearly  Full|Jam|UnknownBeta Version|Logical Unit/EmulatorIncorrect Media in Tray|Internal"
-            "|PortNearlyExhausted");
-  EXPECT_EQ(parsed(answer, "A5 00 00 50 04 06 04  00 00 01 04  11 00 01 04  01 00 00 04  01 00 3D 04"), "1 4|-|-|-|-");
-}
-
-TEST(OirAnswer, EndsWithTheFirstEntryThatLies) {
-  OIRCommandResp answer;
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 03  08 00 04 04"), "1 1|SuppliesLow");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 00"), "1 1|SuppliesLow");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 03  08 00 04 04  08 00 05 05"), "1 1|SuppliesLow");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 FF  08 00 04 04  08 00"), "1 1|SuppliesLow");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01  08 00 04 FF"), "1 0");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 00  08 00 04 04"), "1 0");
-  // No answer at all, and none is left of the one before.
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01  08 00 04 04"), "1 1|SuppliesLow");
-  EXPECT_EQ(parsed(answer, "A5 00 08 50 04 06 01"), "-1 0");
-  EXPECT_EQ(parsed(answer, "A4 00 08 50 04 06 01  08 00 04 04"), "-1 0");
-  EXPECT_EQ(parsed(answer, ""), "-1 0");
 }
 
 int openDescriptors() {
@@ -177,24 +141,30 @@ TEST_F(Handler, AsksAndKeepsTheLastAnswer) {
   for (const auto& request : requests) EXPECT_EQ(hex(request), "01 00 00 31 11 11 00 00 A5 00 03 50 04 06");
 }
 
-TEST_F(Handler, WaitsOneSecondForAnAnswerThatDoesNotCome) {
-  UdpResponder printer("127.0.0.1", 0, {{printer::oirDatagram({unhex("08 00 04 04")})}, {}});
-  connectTo(printer);
-  EXPECT_EQ(poll(), "1 1|SuppliesLow");
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(poll(), "1 0");
-  const auto waited = std::chrono::steady_clock::now() - start;
-  EXPECT_GE(waited, std::chrono::milliseconds(990));
-  EXPECT_LT(waited, std::chrono::milliseconds(1900));
-  EXPECT_EQ(handler_.receivedLength(), -1);
-}
-
 TEST_F(Handler, ReportsThatNothingWasSent) {
   EXPECT_EQ(poll(), "-1 0") << "no address";
   NPAPrinterAlertHandler usb(NPA_TRANSPORT_USB);
   EXPECT_EQ(poll(), "0 0") << "the transport is shared";
   const NPAPrinterAlertHandler none(NPATransportTypes{7});
   EXPECT_EQ(poll(), "-1 0");
+}
+
+TEST(OirThread, AsksUntilThePrinterSpeaksAndPausesThen) {
+  const std::string address = test::ownAddress(9);
+  UdpResponder printer(address, 9300,
+                       {{printer::oirDatagram({})},
+                        {printer::oirDatagram({unhex("63 00 04 04"), unhex("01 00 08 04")})},
+                        {printer::oirDatagram({unhex("0E 00 01 04")})}});
+  static oirThreadParam param;  // the thread outlives the test
+  std::ranges::copy(address, param.address.begin());
+  const test::CapturedLog reports;
+  ASSERT_EQ(startOirThread(&param), 0);
+  EXPECT_EQ(param.running.load(), 1);
+  EXPECT_EQ(reports.nextWrite(5000), "WARNING: Qbi FrameworkOpen\n");
+  EXPECT_EQ(reports.nextWrite(1000), "") << "a pause of two seconds";
+  EXPECT_EQ(reports.nextWrite(5000), "WARNING: Qbi FrameworkOpen\n");
+  EXPECT_GE(printer.stop().size(), 3U);
+  EXPECT_NE(startOirThread(nullptr), 0);
 }
 
 }  // namespace

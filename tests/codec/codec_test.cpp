@@ -1,0 +1,211 @@
+// The codec beside outside sources and at its edges. What comes out of it is pinned by the replayed fuzz inputs and by
+// the digests of whole jobs.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <numbers>
+#include <random>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "codec/codetabletext.h"
+#include "codec/colorconvert.h"
+#include "codec/downsample.h"
+#include "codec/fast/fastband.h"
+#include "codec/fdct.h"
+#include "codec/quantize.h"
+#include "codec/tbrle.h"
+#include "codec/wicket.h"
+#include "codec/wicketsegment.h"
+#include "fuzz/bandcoder.h"
+#include "kestojob/reader/wicketcode.h"
+#include "support/hex.h"
+
+namespace kesto {
+namespace {
+
+using test::BandCoder;
+using test::Bytes;
+using Samples = std::vector<std::int32_t>;
+
+TEST(Tables, AreThoseOfTheStandard) {
+  const job::WicketTables standard = job::standardTables();
+  BandCoder codec;
+  codec.prepare(0, 16);
+  ASSERT_EQ(setQFactor(job::SCALED_QUALITY, codec.settings.get()), CODEC_OK);
+  for (std::size_t i = 0; i < 64; ++i) {
+    EXPECT_EQ(codec.settings->lumaQuant[i], 8 * standard.scaled[0][i]) << i;
+    EXPECT_EQ(codec.settings->chromaQuant[i], 8 * standard.scaled[1][i]) << i;
+  }
+  const auto expectSame = [](const auto& counts, const auto& symbols, const job::HuffmanSpec& spec) {
+    EXPECT_TRUE(std::ranges::equal(counts, std::span(spec.counts).subspan(1)));
+    std::size_t used = 0;
+    for (const std::uint32_t count : counts) used += count;
+    EXPECT_TRUE(std::ranges::equal(std::span(symbols).first(used), std::span(spec.symbols).first(used)));
+  };
+  for (const std::size_t which : {0U, 1U}) {
+    const HuffmanLists& lists = which == 0 ? codec.coder->lumaLists : codec.coder->chromaLists;
+    expectSame(lists.dcCounts, lists.dcSymbols, standard.dc[which]);
+    expectSame(lists.acCounts, lists.acSymbols, standard.ac[which]);
+  }
+}
+
+TEST(Tables, CanBeScaledAndPrinted) {
+  WicketSettings settings;
+  std::uint32_t scale = 0, qFactor = 0;
+  const auto scaleTo = [&](std::int32_t q, std::int32_t which) {
+    scaleTable(q, which, settings.chromaQuant.data(), S_aiChromStdQuantTable.data(), settings.lumaQuant.data(),
+               S_aiLumStdQuantTable.data(), &scale, &qFactor);
+    return std::pair(settings.lumaQuant[2], settings.chromaQuant[0]);
+  };
+  EXPECT_EQ(scaleTo(50, 1), std::pair(0, 17 * 8));
+  EXPECT_EQ(std::pair(scale, qFactor), std::pair(8U, 50U));
+  EXPECT_EQ(scaleTo(0, 2), std::pair(255 * 8, 17 * 8)) << "10 times 100 is beyond 255";
+  EXPECT_EQ(scaleTo(49, 0), std::pair(10 * 8, 17 * 8)) << "5000 / 49 is 102 %";
+  setupQuantTable(settings.chromaQuant.data(), S_aiChromStdQuantTable.data(), settings.lumaQuant.data(),
+                  S_aiLumStdQuantTable.data());
+  EXPECT_EQ(std::pair(settings.lumaQuant[53], settings.chromaQuant[63]), std::pair(968, 792));
+
+  BandCoder codec;
+  codec.prepare(0, 16);
+  const std::string path = testing::TempDir() + "codetables." + std::to_string(getpid());
+  ASSERT_TRUE(writeTables(path.c_str(), codec.coder.get()));
+  std::ifstream file(path);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(std::ranges::count(text, '\n'), 2 * (1 + 12 + 162));
+  for (const char* line : {"luma\n", "\nDC 11 9 111111110\n", "\nAC 0/0 4 1010\n", "\nAC 15/10 16 1111111111111110\n",
+                           "chroma\n", "\nDC 11 11 11111111110\n", "\nAC 15/0 10 1111111010\n"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line;
+  }
+  const Bytes bytes = {0, 255, 10};
+  EXPECT_TRUE(__dump_data(path.c_str(), bytes.data(), 3));
+  std::ifstream dump(path, std::ios::binary);
+  EXPECT_EQ(Bytes(std::istreambuf_iterator<char>(dump), {}), bytes);
+  EXPECT_FALSE(writeTables("/no/such/folder/file", codec.coder.get()));
+  EXPECT_FALSE(__dump_data("/dev/full", bytes.data(), 3));
+  unlink(path.c_str());
+  for (std::int32_t index = 0; index < 162; ++index) {
+    EXPECT_EQ(codecCodeIndex(static_cast<std::uint32_t>(codecRSSymbol(index))), index);
+  }
+  for (const std::uint32_t symbol : {0x10U, 0x0BU, 0xFFU, 0x101U}) EXPECT_EQ(codecCodeIndex(symbol), -1) << symbol;
+  EXPECT_EQ(codecRSSymbol(162) + codecRSSymbol(-1), -2);
+}
+
+/// Eight times the DCT of T.81 A.3.3 of samples / 4 at (u, v), computed as defined.
+double definedDct(const Samples& samples, int u, int v) {
+  double sum = 0;
+  for (int i = 0; i < 64; ++i) {
+    sum += samples[static_cast<std::size_t>(i)] / 4.0 * std::cos((2 * (i % 8) + 1) * u * std::numbers::pi / 16) *
+           std::cos((2 * (i / 8) + 1) * v * std::numbers::pi / 16);
+  }
+  const double half = std::numbers::sqrt2 / 2;
+  return 2 * sum * (u == 0 ? half : 1) * (v == 0 ? half : 1);
+}
+
+TEST(ForwardDct, IsWithinAUnitOrTwoOfTheDefinition) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 100; ++round) {
+    Samples block(64);
+    for (std::int32_t& sample : block) {
+      sample = static_cast<std::int32_t>(round % 3 == 0 ? random() % 2 * 255 : random() % 256) * 4 - 512;
+    }
+    const Samples samples = block;
+    ASSERT_EQ(fDCTransform(block.data(), 8, 8, nullptr, 0, nullptr), 0);
+    for (int i = 0; i < 64; ++i) EXPECT_NEAR(block[static_cast<std::size_t>(i)], definedDct(samples, i % 8, i / 8), 2);
+  }
+}
+
+TEST(Codec, RefusesShapesAndPointersThatItCannotUse) {
+  const Bytes bytes(192, 7);
+  const std::uint8_t map[] = {0, 0, 3};
+  Samples samples(192, -100), output(192), table(64, 8);
+  const auto down = [&](std::int32_t width, std::int32_t size, std::uint32_t type, std::uint32_t capacity) {
+    Samples smaller(192);
+    return downSampleInt(width, size, bytes.data(), type, capacity, smaller.data());
+  };
+  EXPECT_EQ(down(24, 192, SAMPLE_TYPE_444, 768), CODEC_OK);
+  EXPECT_EQ(down(24, 192, SAMPLE_TYPE_444, 767), CODEC_BAD_SIZE);
+  EXPECT_EQ(down(24, 192, SAMPLE_TYPE_422, 768), CODEC_BAD_SIZE);
+  EXPECT_EQ(down(16, 128, SAMPLE_TYPE_420, 768), CODEC_BAD_SIZE);
+  EXPECT_EQ(down(-8, 192, SAMPLE_TYPE_444, 768), CODEC_BAD_SIZE);
+  EXPECT_EQ(down(24, 192, 0x411, 768), CODEC_UNSUPPORTED);
+  EXPECT_EQ(downSampleInt(24, 192, nullptr, SAMPLE_TYPE_444, 768, samples.data()), CODEC_NULL_POINTER);
+
+  samples[8] = 0;  // the second block's first
+  const auto dct = [&](std::int32_t* plane, std::int32_t width, std::int32_t height, std::uint32_t capacity) {
+    return fDCTransform(plane, width, height, map, capacity, capacity == 0 ? nullptr : output.data());
+  };
+  EXPECT_EQ(dct(samples.data(), 24, 8, 768), CODEC_OK);
+  EXPECT_EQ((Samples{output[0], output[8], output[16]}), (Samples{8128, 0, -1600})) << "white, empty, transformed";
+  EXPECT_EQ(dct(samples.data(), 24, 8, 767), CODEC_BAD_SIZE);
+  EXPECT_EQ(dct(samples.data(), 12, 8, 0), CODEC_BAD_SIZE);
+  EXPECT_EQ(dct(samples.data(), 24, 4, 0), CODEC_BAD_SIZE);
+  EXPECT_EQ(dct(nullptr, 24, 8, 0), CODEC_NULL_POINTER);
+
+  const auto quantize = [&](std::int32_t width, const std::uint8_t* marks, std::int32_t flat, std::int32_t* luma) {
+    return quantizePlane(width, 8, output.data(), 0, marks, flat, nullptr, luma);
+  };
+  output.assign(192, 80);
+  EXPECT_EQ(quantize(8, map + 2, 5, nullptr), CODEC_OK) << "the flat quantiser needs no table";
+  EXPECT_EQ(output[63], 16);
+  EXPECT_EQ(quantize(4, map, 8, table.data()), CODEC_BAD_SIZE);
+  EXPECT_EQ(quantize(8, nullptr, 8, table.data()), CODEC_NULL_POINTER);
+  EXPECT_EQ(quantize(8, map + 2, 0, table.data()), CODEC_OK) << "nothing is divided by 0";
+
+  WicketSettings settings;
+  for (const std::int32_t q : {0, 101, -1}) EXPECT_EQ(setQFactor(q, &settings), CODEC_UNSUPPORTED);
+  EXPECT_EQ(setQFactor2(50, 0, &settings), CODEC_UNSUPPORTED);
+  EXPECT_EQ(rgbtoYCbCr(24, 24, nullptr, 8, 8, nullptr, nullptr, nullptr, 0), CODEC_NULL_POINTER);
+}
+
+TEST(Segments, EndAtRestartMarkers) {
+  const Bytes stream = {0xFF, 0x2B, 0x01, 0xFF, 0x00, 0xFF, 0xD0, 0xFF, 0xD7, 0xD1, 0xFF};
+  WicketSettings settings;
+  const std::uint8_t* segment = nullptr;
+  std::uint32_t length = 99;
+  EXPECT_EQ(getSegment(&segment, &length, &settings), CODEC_INPUT_END);
+  ASSERT_EQ(setSegmentStream(stream.data(), static_cast<std::uint32_t>(stream.size()), &settings), 0);
+  std::string segments;
+  while (getSegment(&segment, &length, &settings) == 0) segments += test::hex(std::span(segment, length)) + '|';
+  EXPECT_EQ(segments, "FF 2B 01 FF 00||D1 FF|");
+  EXPECT_EQ(settings.segmentNumber, 3U);
+  EXPECT_EQ(getSegment(nullptr, &length, &settings), CODEC_NULL_POINTER);
+}
+
+/// Whether the fast way takes a noisy band of three planes, with changed records.
+template <class Change>
+bool isFast(Change change, std::uint8_t mapValue = 3, std::int32_t bytesPerPixel = 4) {
+  constexpr std::int32_t WIDTH = 2048;
+  constexpr std::int32_t PIXELS = WIDTH * 8;
+  BandCoder codec;
+  codec.prepare(0, WIDTH);
+  change(*codec.settings, *codec.coder);
+  std::mt19937 random(5);
+  Bytes plane(PIXELS);
+  for (std::uint8_t& byte : plane) byte = static_cast<std::uint8_t>(random());
+  const Bytes map(PIXELS / 64, mapValue);
+  const std::array planes = {plane.data(), plane.data(), plane.data()};
+  Bytes out(static_cast<std::size_t>(bytesPerPixel) * PIXELS);
+  std::int32_t length = 0;
+  return compressBandFast({WIDTH, PIXELS, PIXELS / 64}, map.data(), planes, bytesPerPixel * PIXELS, out.data(), &length,
+                          codec.settings.get(), codec.coder.get());
+}
+
+TEST(FastBand, TakesTheBandsOfJobsInTheRoomThatJobsGiveThem) {
+  const auto asIs = [](WicketSettings&, WicketCoder&) {};
+  EXPECT_TRUE(isFast(asIs)) << "noise has its room";
+  EXPECT_FALSE(isFast(asIs, 3, 2));
+  EXPECT_FALSE(isFast(asIs, 1));
+  EXPECT_FALSE(isFast([](auto& settings, auto&) { setSampleType(SAMPLE_TYPE_444, &settings); }));
+  EXPECT_FALSE(isFast([](auto& settings, auto&) { clearUseDeltaDC(&settings); }));
+  EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.bitCount = 3; }));
+  EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.category[9] = 3; }));
+  EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.lumaCodes.dcCodes[3].code |= 0x80; }));
+  EXPECT_FALSE(isFast([](auto&, auto& coder) { clearByteStuffing(&coder); }));
+}
+
+}  // namespace
+}  // namespace kesto

@@ -1,0 +1,208 @@
+// The job reader and its program, on kept jobs: what it says of each of them, and of every byte of them that is wrong.
+// That it finds the filter's jobs good is seen wherever a test prints one.
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include "kestojob/reader/fault.h"
+#include "kestojob/reader/lister.h"
+#include "support/digest.h"
+#include "support/hex.h"
+#include "support/jobparser.h"
+#include "support/process.h"
+#include "support/sanitized.h"
+
+namespace kesto::test {
+namespace {
+
+/// Jobs 0 to 5: colour and grey, simplex and duplex, USB, custom paper, one without pages.
+std::string pathOf(int number) {
+  return KESTO_KEPT_JOBS "/job" + std::to_string(number);
+}
+constexpr int JOBS = 6;
+
+Bytes readFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Outcome call(std::vector<std::string> arguments, const Bytes& input = {}) {
+  arguments.insert(arguments.begin(), "kestojob");
+  return run({.program = KESTO_JOB_READER, .arguments = arguments, .input = {input.begin(), input.end()}});
+}
+
+/// The job with the first occurrence of some bytes replaced by others.
+Bytes replaced(const Bytes& job, std::string_view from, std::string_view to) {
+  const Bytes old = unhex(from), other = unhex(to);
+  const auto found = std::search(job.begin(), job.end(), old.begin(), old.end());
+  EXPECT_NE(found, job.end()) << from;
+  Bytes result(job.begin(), found);
+  result.insert(result.end(), other.begin(), other.end());
+  result.insert(result.end(), found + std::ssize(old), job.end());
+  return result;
+}
+
+std::string listOf(const Bytes& bytes, bool json) {
+  std::ostringstream out;
+  job::ByteSource source(bytes);
+  try {
+    job::listJob(source, json ? *job::makeJsonWriter(out) : *job::makeTextWriter(out));
+  } catch (const job::Fault& fault) {
+    EXPECT_LE(fault.offset(), bytes.size());
+    out << fault.offset() << fault.what();
+  }
+  return out.str();
+}
+
+TEST(Check, SaysWhatItSaysOfEveryByteThatIsChangedOrMissing) {
+  constexpr std::uint8_t CHANGES[] = {0x00, 0x01, 0x0A, 0x1B, '0',  '9',  '-',  'A',  0x2B, 0x2C,
+                                      0x55, 0x7F, 0xAA, 0xC0, 0xC1, 0xD0, 0xD3, 0xF8, 0xFA, 0xFF};
+  Digest digest;
+  std::size_t accepted = 0, tried = 0;
+  for (int number = 0; number < JOBS; ++number) {
+    Bytes job = readFile(pathOf(number));
+    ASSERT_EQ(faultOf(job), "");
+    for (std::size_t i = 0; i < job.size(); ++i) {
+      EXPECT_NE(faultOf(std::span(job).first(i)), "") << "job " << number << " cut after " << i;
+      const std::uint8_t good = job[i];
+      for (int change = 0; change < 28; ++change) {
+        job[i] = change < 20 ? CHANGES[change] : static_cast<std::uint8_t>(good ^ (1U << (change - 20)));
+        const std::string fault = faultOf(job);
+        digest.add(fault);
+        accepted += fault.empty() ? 1 : 0;
+        ++tried;
+      }
+      digest.add(listOf(job, i % 2 == 0));
+      job[i] = good;
+    }
+  }
+  EXPECT_EQ(digest.text(), "6322ddcdeb05b142") << accepted << " of " << tried << " changes are no fault";
+}
+
+TEST(Check, NamesTheFaultAndItsPlace) {
+  const Bytes job = readFile(pathOf(0));
+  const std::pair<Bytes, const char*> cases[] = {
+      {{}, "offset 0: The job is empty."},
+      {replaced(job, "C0 CC F8 2C", "C0 CD F8 2C"), "ROP3 is 205, not 204."},
+      {replaced(job, "B1 FA", "B1 FA FF FF"), "offset"},
+  };
+  for (const auto& [bad, fault] : cases) EXPECT_NE(faultOf(bad).find(fault), std::string::npos) << faultOf(bad);
+  Bytes twice = job;
+  twice.insert(twice.end(), job.begin(), job.end());
+  EXPECT_EQ(faultOf(twice), "offset " + std::to_string(job.size()) + ": There are bytes behind the end of the job.");
+  for (const std::string_view other :
+       {"%PDF-1.4\n", "@PJL", "\n", "\x1B%-12345X@PJL ENTER LANGUAGE=PCL\n", "\xA5\xFF\xFF"}) {
+    EXPECT_NE(faultOf(Bytes(other.begin(), other.end())), "") << other;
+  }
+}
+
+TEST(Program, ListsAndChecks) {
+  Digest digest;
+  for (int number = 0; number < JOBS; ++number) {
+    EXPECT_EQ(call({"check", pathOf(number)}).status, 0);
+    for (const char* option : {"--json", ""}) {
+      std::vector<std::string> arguments = {"list", "-", option};
+      if (*option == '\0') arguments.pop_back();
+      const Outcome outcome = call(arguments, readFile(pathOf(number)));
+      EXPECT_EQ(outcome.status, 0) << outcome.log;
+      digest.add(outcome.output);
+    }
+  }
+  EXPECT_EQ(digest.text(), "8aa233bda9a77822");
+  const Bytes job = readFile(pathOf(0));
+  const Outcome good = call({"check", "-"}, job);
+  EXPECT_EQ(std::string(good.output.begin(), good.output.end()),
+            "-: good: 1 page, 2 strips, " + std::to_string(job.size()) + " bytes\n");
+  const Outcome bad = call({"check", "-"}, replaced(job, "C0 CC F8 2C", "C0 CD F8 2C"));
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_TRUE(bad.output.empty());
+  EXPECT_NE(bad.log.find("ROP3 is 205, not 204.\n"), std::string::npos);
+  const Outcome cut = call({"list", "-"}, Bytes(job.begin(), job.end() - 50));
+  EXPECT_EQ(cut.status, 1);
+  EXPECT_NE(cut.log.find("The job ends within"), std::string::npos) << cut.log;
+}
+
+TEST(Program, RefusesWrongCallsAndFilesThatItCannotUse) {
+  const TemporaryFolder folder;
+  const std::vector<std::vector<std::string>> wrong = {
+      {}, {"judge", "x"}, {"check"}, {"list", "--xml", "x"}, {"pages", "x"}, {"pages", "x", "-o", "y", "--scale", "2"}};
+  for (const auto& arguments : wrong) EXPECT_EQ(call(arguments).status, 2);
+  const std::string missing = folder.path() + "/missing";
+  EXPECT_EQ(call({"check", missing}).log, "kestojob: " + missing + ": No such file or directory\n");
+  EXPECT_EQ(call({"list", folder.path()}).log, "kestojob: " + folder.path() + ": Is a directory\n");
+  EXPECT_NE(call({"pages", pathOf(0), "-o", pathOf(0)}).log.find("Not a directory"), std::string::npos);
+}
+
+/// The pixels of a picture, and its width, height and channels.
+Digest digestOf(const std::string& path) {
+  Digest digest;
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_file(&image, path.c_str()) == 0) {
+    ADD_FAILURE() << path << ": " << image.message;
+    return digest;
+  }
+  Bytes pixels(PNG_IMAGE_SIZE(image));
+  EXPECT_NE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr), 0) << image.message;
+  for (const std::int64_t number : {image.width, image.height, PNG_IMAGE_PIXEL_CHANNELS(image.format)}) {
+    digest.add(number);
+  }
+  digest.add(pixels);
+  return digest;
+}
+
+TEST(Program, DrawsPagesTagsAndSheets) {
+  const TemporaryFolder folder;
+  Digest digest;
+  for (int number = 0; number < JOBS; ++number) {
+    for (const char* scale : {"1/8", "1/4", "1/3", "1/16"}) {
+      const std::string pages = folder.path() + "/" + std::to_string(number) + "-" + std::string(scale).substr(2);
+      std::vector<std::string> arguments = {"pages", pathOf(number), "-o",           pages,   "--scale",
+                                            scale,   "--sheet",      pages + ".png", "--tags"};
+      if (number % 2 == 0) arguments.pop_back();
+      const Outcome outcome = call(arguments);
+      EXPECT_EQ(outcome.status, 0) << outcome.log;
+      digest.add(digestOf(pages + ".png").text());
+      for (int page = 1; page < 10 && std::filesystem::exists(pages + "/page-000" + std::to_string(page) + ".png");
+           ++page) {
+        digest.add(digestOf(pages + "/page-000" + std::to_string(page) + ".png").text());
+      }
+    }
+  }
+  EXPECT_EQ(digest.text(), "c5bf4599ca0f8bc3");
+  // A faulty page is shown as far as it goes.
+  const Bytes job = readFile(pathOf(0));
+  const Outcome outcome =
+      call({"pages", "-", "-o", folder.path(), "--scale", "1/8"}, Bytes(job.begin(), job.end() - 100));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(std::filesystem::exists(folder.path() + "/page-0001.png"));
+}
+
+TEST(Program, TakesNoMoreMemoryForALongJob) {
+  if (SANITIZED) GTEST_SKIP() << "a sanitizer's own memory drowns the program's";
+  const TemporaryFolder folder;
+  const Bytes bytes = readFile(pathOf(1));
+  const std::string job(bytes.begin(), bytes.end());
+  const std::size_t start = job.find(std::string_view("\xC0\x00\xF8\x28", 4)), end = job.size() - 46;
+  ASSERT_NE(start, std::string::npos);
+  const std::string large = folder.path() + "/large.prn";
+  std::ofstream file(large, std::ios::binary);  // piece by piece: a program starts with the memory of its parent
+  file << job.substr(0, start);
+  for (int i = 0; i < 20000; ++i) file << job.substr(start, end - start);
+  file << job.substr(end);
+  file.close();
+  const Outcome outcome = call({"check", large});
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  EXPECT_GT(std::filesystem::file_size(large), 3'000'000u);
+  EXPECT_LE(outcome.peakMemory, 10 * 1024) << "KiB";
+}
+
+}  // namespace
+}  // namespace kesto::test
