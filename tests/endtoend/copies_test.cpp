@@ -1,9 +1,5 @@
-// Copies in long jobs and cancelled ones; which pages a job of copies has is pinned by the digests of whole jobs.
-#include <chrono>
-#include <thread>
-
+// Copies in long jobs. Which pages a job of copies has is pinned by the digests of whole jobs.
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include "endtoend/filterrun.h"
 #include "support/sanitized.h"
@@ -23,18 +19,6 @@ TEST(Copies, TakeMemoryForOneSheetWhateverTheNumberOfPages) {
   // A long job fills the output ring of 20 MiB and its drain block; 200 cached pages would take 400 MB.
   const long outputChannel = 40 * 1024;
   EXPECT_LE(peak(100), peak(2) + outputChannel) << "KiB";
-}
-
-TEST(Copies, AFrontPageWhoseBackHasNotBeenReadGetsNoneAfterSigterm) {
-  TemporaryFolder folder;
-  Process filter(
-      filterCommand({.document = "page duplex=1\npage duplex=1\npage duplex=1\nhang", .copies = "2"}, folder));
-  ASSERT_TRUE(filter.waitForLog("PAGE: 3"));
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  filter.signal(SIGTERM);
-  const Outcome outcome = filter.finish();
-  EXPECT_EQ(outcome.status, 0) << outcome.log;
-  EXPECT_EQ(parseJob(outcome.output).pages.size(), 5u) << "1 2 1 2 3";
 }
 
 }  // namespace

@@ -101,15 +101,6 @@ TEST_F(Channel, HoldsTheThresholdBackUntilTheEnd) {
   EXPECT_EQ(hdcFailure(), 0);
 }
 
-TEST_F(Channel, LeavesTheRestInTheRingWhenStopped) {
-  hdcInitialize(20, 5);
-  hdcStartPrintThread(nullptr);
-  EXPECT_EQ(send("12345"), 5);
-  hdcStopPrintThread();
-  EXPECT_EQ(receive(30ms), "");
-  EXPECT_EQ(cbufferGetAvailableBytes(&hdcContext.buffer), 5U);
-}
-
 TEST_F(Channel, KeepsOrderThroughASmallRing) {
   const auto sent = sequence(3'000'000);
   hdcInitialize(40'000, 10'000);
