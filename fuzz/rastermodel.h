@@ -1,8 +1,6 @@
-// The pages of a raster stream and what they look like in print, told in the plainest way: floating-point colours,
-// whole pages in memory.
+// The pages of a raster stream that can be printed.
 #pragma once
 
-#include <array>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -13,22 +11,12 @@
 
 namespace kesto::fuzz {
 
-/// Y, Cb and Cr.
-using Color = std::array<double, 3>;
-inline constexpr Color WHITE = {255, 128, 128};
-
-using Picture = std::vector<std::vector<Color>>;  // by row
-
 struct RasterPage {
   cups_page_header2_t header = {};
   std::vector<Bytes> rows;  ///< those that arrived
 
   [[nodiscard]] bool isComplete() const { return rows.size() == header.cupsHeight; }
 };
-
-inline bool isInk(unsigned space) {
-  return space == CUPS_CSPACE_K || space == CUPS_CSPACE_CMY;
-}
 
 /// True for a page that can be printed.
 inline bool isPrintable(const cups_page_header2_t& header) {
@@ -74,31 +62,6 @@ inline std::optional<std::vector<RasterPage>> readRaster(std::span<const std::ui
   }
   if (raster != nullptr) cupsRasterClose(raster);
   return small ? std::optional(pages) : std::nullopt;
-}
-
-/// BT.601 at full range, as in JFIF.
-inline Color colorOf(double r, double g, double b) {
-  const double y = 0.299 * r + 0.587 * g + 0.114 * b;
-  return {y, 128 + (b - y) / 1.772, 128 + (r - y) / 1.402};
-}
-
-inline Color colorAt(const RasterPage& page, std::size_t x, std::size_t y) {
-  if (y >= page.rows.size() || x >= page.header.cupsWidth) return WHITE;
-  const std::size_t bytes = page.header.cupsBitsPerPixel / 8;
-  const auto sample = [&](std::size_t i) {
-    const std::uint8_t value = page.rows[y][x * bytes + i % bytes];
-    return isInk(page.header.cupsColorSpace) ? 255 - value : value;
-  };
-  return colorOf(sample(0), sample(1), sample(2));
-}
-
-/// The page as it is printed: cut or filled up with white to a size.
-inline Picture printed(const RasterPage& page, std::size_t width, std::size_t height, bool mirrored) {
-  Picture picture(height, std::vector<Color>(width));
-  for (std::size_t y = 0; y < height; ++y) {
-    for (std::size_t x = 0; x < width; ++x) picture[y][mirrored ? width - 1 - x : x] = colorAt(page, x, y);
-  }
-  return picture;
 }
 
 }  // namespace kesto::fuzz

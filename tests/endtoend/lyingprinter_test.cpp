@@ -1,4 +1,4 @@
-// A printer that lies: whatever comes back from it while a job runs, at a megabyte a second, the print data are what
+// A printer that lies: whatever comes back over USB while a job runs, at a megabyte a second, the print data are what
 // they are without any answer, the job takes no longer, and the log stays readable.
 #include <algorithm>
 #include <chrono>
@@ -8,11 +8,8 @@
 #include <sstream>
 #include <thread>
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "endtoend/filterrun.h"
@@ -24,8 +21,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
-
-constexpr std::uint16_t STATUS_PORT = 9300;
 
 using Pieces = std::vector<Bytes>;
 
@@ -104,59 +99,14 @@ class Liar {
   std::jthread thread_;
 };
 
-/// A printer's status port, from which only lies come.
-class LyingPort {
- public:
-  LyingPort() : printer_(open(ownAddress())) {}
-  LyingPort(const LyingPort&) = delete;
-  LyingPort& operator=(const LyingPort&) = delete;
-  ~LyingPort() { close(printer_); }
-
-  bool say(const Bytes& piece, std::mt19937& random) {
-    std::array<char, 2048> request;
-    socklen_t size = sizeof filter_;
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the form of the socket interface
-    auto* address = reinterpret_cast<sockaddr*>(&filter_);
-    while (recvfrom(printer_, request.data(), request.size(), MSG_DONTWAIT, address, &size) > 0) known_ = true;
-    if (!known_) return false;
-    // Mostly with the prefix of an answer to the filter, without which nothing is looked at.
-    const Bytes datagram = random() % 8 == 0 ? piece : printer::answerDatagram({piece});
-    return sendto(printer_, datagram.data(), datagram.size(), MSG_DONTWAIT, address, sizeof filter_) > 0;
-  }
-
- private:
-  static int open(const std::string& address) {
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_in local = {};
-    local.sin_family = AF_INET;
-    local.sin_port = htons(STATUS_PORT);
-    inet_pton(AF_INET, address.c_str(), &local.sin_addr);
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the form of the socket interface
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
-    return descriptor;
-  }
-
-  int printer_;
-  sockaddr_in filter_ = {};
-  bool known_ = false;
-};
-
-enum class Link { USB, NETWORK };
-
-Outcome printWithLies(const std::string& document, Link link, Lie lie) {
+Outcome printWithLies(const std::string& document, Lie lie) {
   const TemporaryFolder folder;
-  const std::string uri = link == Link::USB ? "usb://Kesto/Page" : "socket://" + ownAddress();
-  Command command = filterCommand({.document = document, .deviceUri = uri}, folder);
+  Command command = filterCommand({.document = document, .deviceUri = "usb://Kesto/Page"}, folder);
   command.backChannel = true;
   command.timeout = 5min;
-  LyingPort port;
   Process filter(command);
   fcntl(filter.backChannel(), F_SETFL, O_NONBLOCK);
-  std::mt19937 random(2);
-  Liar liar(lie, [&](const Bytes& piece) {
-    if (link == Link::NETWORK) return port.say(piece, random);
-    return write(filter.backChannel(), piece.data(), piece.size()) > 0;
-  });
+  Liar liar(lie, [&](const Bytes& piece) { return write(filter.backChannel(), piece.data(), piece.size()) > 0; });
   Outcome outcome = filter.finish();
   const std::size_t said = liar.stop();
   if (lie != sayNothing) {
@@ -188,15 +138,13 @@ void expectReadableLog(const Outcome& outcome, const Outcome& silent) {
   EXPECT_LE(added, 10 * static_cast<std::size_t>(outcome.duration / 2s + 1));
 }
 
-class LyingPrinter : public testing::TestWithParam<Link> {};
-
 /// In a job that does hardly anything, what lies take of a processor is what they may take from a busy job.
-TEST_P(LyingPrinter, ChangesNothingButTheLogAndCostsLittle) {
+TEST(LyingPrinter, ChangesNothingButTheLogAndCostsLittle) {
   const std::string document = "page pattern=noise\nsleep ms=1500\npage pattern=text";
-  const Outcome silent = printWithLies(document, GetParam(), sayNothing);
+  const Outcome silent = printWithLies(document, sayNothing);
   EXPECT_EQ(faultOf(silent.output), "");
   for (const Lie lie : {sayByteByByte, sayAnything}) {
-    const Outcome outcome = printWithLies(document, GetParam(), lie);
+    const Outcome outcome = printWithLies(document, lie);
     EXPECT_TRUE(withoutDate(outcome.output) == withoutDate(silent.output));
     expectReadableLog(outcome, silent);
     const double job = std::chrono::duration<double>(outcome.duration).count();
@@ -205,10 +153,6 @@ TEST_P(LyingPrinter, ChangesNothingButTheLogAndCostsLittle) {
     }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(On, LyingPrinter, testing::Values(Link::USB, Link::NETWORK), [](const auto& instance) {
-  return std::string(instance.param == Link::USB ? "Usb" : "Network");
-});
 
 }  // namespace
 }  // namespace kesto::test

@@ -25,9 +25,9 @@ TEST(Pages, OfTheSampleDocumentHoldInk) {
                               .onStandardInput = color,
                               .realRenderer = true});
     ASSERT_EQ(job.pages.size(), 3u);
-    EXPECT_EQ(job.pages[0].setup.at(0xEE).number(), color ? 1u : 0u);
-    EXPECT_EQ(job.pages[0].height(), 1600u);
-    const Bytes luma = decodeLuma(job.pages[0], color);
+    EXPECT_EQ(job.pages[0].layout.color, color);
+    EXPECT_EQ(job.pages[0].height, 1600u);
+    const Bytes& luma = job.pages[0].luma;
     const auto dark = std::ranges::count_if(luma, [](std::uint8_t v) { return v < 64; });
     EXPECT_GT(dark, std::ssize(luma) / 200);
     EXPECT_LT(dark, std::ssize(luma) / 3);

@@ -41,12 +41,10 @@ std::vector<Job> jobsOf(const Bytes& bytes) {
 
 /// The number of a page of greyPdf, BLANK for a white one, BANNER for one of several shades.
 int pageNumber(const Page& page) {
-  const Bytes luma = decodeLuma(page, page.setup.at(0xEE).number() == 1);
-  const unsigned width = page.strips.at(0).width;
   // At the edges rows and columns may be white, where a page was fitted or its width padded.
   int low = 255, high = 0;
-  for (unsigned y = 16; y + 16 < page.height(); ++y) {
-    const auto row = std::span(luma).subspan(std::size_t{y} * width + 16, width - 48);
+  for (unsigned y = 16; y + 16 < page.height; ++y) {
+    const auto row = std::span(page.luma).subspan(std::size_t{y} * page.width + 16, page.width - 48);
     low = std::min<int>(low, std::ranges::min(row));
     high = std::max<int>(high, std::ranges::max(row));
   }

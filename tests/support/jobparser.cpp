@@ -1,18 +1,16 @@
 #include "support/jobparser.h"
 
-#include <numeric>
+#include <sstream>
 #include <stdexcept>
-#include <variant>
 
-#include "kestojob/reader/elementreader.h"
+#include <gtest/gtest.h>
+
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/jobcheck.h"
-#include "pclxl/xlnames.h"
+#include "kestojob/reader/lister.h"
 
 namespace kesto::test {
 namespace {
-
-using namespace xl;
 
 /// Keeps the pages as the check hands them out.
 class PageCollector : public job::PageSink {
@@ -22,55 +20,16 @@ class PageCollector : public job::PageSink {
   [[nodiscard]] job::PixelForm form() const override { return {.divisor = 1, .ycbcr = true}; }
   void beginPage(const job::PageLayout& layout) override { job_.pages.emplace_back().layout = layout; }
   void beginStrip(const job::StripShape& strip) override {
-    job_.pages.back().strips.push_back({strip.width, strip.height, {}});
+    job_.pages.back().width = strip.width;
+    job_.pages.back().height += strip.height;
   }
   void rows(std::span<const std::uint8_t> pixels, std::size_t /*rowBytes*/) override {
-    Bytes& page = job_.pages.back().pixels;
-    page.insert(page.end(), pixels.begin(), pixels.end());
+    Page& page = job_.pages.back();
+    for (std::size_t i = 0; i < pixels.size(); i += page.layout.color ? 3 : 1) page.luma.push_back(pixels[i]);
   }
 
  private:
   Job& job_;
-};
-
-/// Goes through the elements of a good job for what the check does not hand out.
-class Details {
- public:
-  explicit Details(Job& job) : job_(job) {}
-
-  void collect(std::span<const std::uint8_t> bytes) {
-    job::ByteSource source(bytes);
-    job::ElementReader reader(source);
-    while (const auto element = reader.next()) {
-      if (const auto* line = std::get_if<job::PjlLine>(&*element); line != nullptr && !inSession_) {
-        job_.pjl.push_back(line->text);
-      } else if (const auto* op = std::get_if<job::Operator>(&*element)) {
-        take(*op);
-      } else if (const auto* block = std::get_if<job::DataBlock>(&*element); block != nullptr && tagsFollow_) {
-        Bytes& tags = job_.pages.at(page_ - 1).strips.at(strip_ - 1).tags;
-        tags.resize(block->length);
-        source.read(tags);
-      }
-    }
-  }
-
- private:
-  void take(const job::Operator& op) {
-    inSession_ = true;
-    if (op.code == op::BeginPage) {
-      ++page_;
-      strip_ = 0;
-    }
-    if (op.code == op::BeginImage) ++strip_;
-    const job::Attribute* mode = op.find(attr::CompressMode);
-    tagsFollow_ = mode != nullptr && mode->number() == eTbrleCompression;
-    if (page_ == 0 || strip_ > 0 || op.code == op::SetCursor) return;
-    for (const job::Attribute& attribute : op.attributes) job_.pages.at(page_ - 1).setup[attribute.id] = attribute;
-  }
-
-  Job& job_;
-  std::size_t page_ = 0, strip_ = 0;
-  bool inSession_ = false, tagsFollow_ = false;
 };
 
 std::string textOf(const job::Fault& fault) {
@@ -78,11 +37,6 @@ std::string textOf(const job::Fault& fault) {
 }
 
 }  // namespace
-
-unsigned Page::height() const {
-  return std::accumulate(strips.begin(), strips.end(), 0U,
-                         [](unsigned lines, const Strip& strip) { return lines + strip.height; });
-}
 
 std::string faultOf(std::span<const std::uint8_t> job) {
   try {
@@ -96,20 +50,31 @@ std::string faultOf(std::span<const std::uint8_t> job) {
 Job parseJob(std::span<const std::uint8_t> bytes) {
   Job job;
   PageCollector collector(job);
+  std::ostringstream list;
   try {
     job::checkJob(bytes, &collector);
+    job::ByteSource source(bytes);
+    job::listJob(source, *job::makeTextWriter(list));
   } catch (const job::Fault& fault) {
     throw std::runtime_error(textOf(fault));
   }
-  Details(job).collect(bytes);
+  job.list = list.str();
+  job.list.resize(std::min(job.list.find("SetCursor"), job.list.size()));
   return job;
 }
 
-Bytes decodeLuma(const Page& page, bool color) {
-  if (!color) return page.pixels;
-  Bytes luma;
-  for (std::size_t i = 0; i < page.pixels.size(); i += 3) luma.push_back(page.pixels[i]);
-  return luma;
+void expectList(const Job& job, const std::vector<std::string>& texts, const std::string& choice) {
+  for (const std::string& text : texts) {
+    const bool absent = text.starts_with('!');
+    EXPECT_EQ(job.list.find(text.substr(absent ? 1 : 0)) == std::string::npos, absent)
+        << text << " with " << choice << '\n'
+        << job.list;
+  }
+}
+
+double originInPoints(const Job& job) {
+  const job::PageLayout& layout = job.pages.at(0).layout;
+  return layout.originX * 72.0 / layout.unitsPerInch;
 }
 
 }  // namespace kesto::test

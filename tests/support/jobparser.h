@@ -2,35 +2,25 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "kestojob/reader/element.h"
 #include "kestojob/reader/pagerules.h"
 
 namespace kesto::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-struct Strip {
-  unsigned width = 0, height = 0;
-  Bytes tags;  ///< as they were sent
-};
-
 struct Page {
-  std::map<std::uint8_t, job::Attribute> setup;  ///< attributes of all operators from BeginPage to the first strip
-  std::vector<Strip> strips;
   job::PageLayout layout;
-  Bytes pixels;  ///< of all strips: grey, or Y, Cb and Cr
-
-  [[nodiscard]] unsigned height() const;
+  unsigned width = 0, height = 0;  ///< of its image, all strips together
+  Bytes luma;                      ///< as an independent decoder sees it; the rows of a grey page
 };
 
 struct Job {
-  std::vector<std::string> pjl;  ///< header lines, without line feeds
   std::vector<Page> pages;
+  std::string list;  ///< what the job reader lists up to the first strip
 };
 
 /// What the job reader objects to, with its offset; empty for a good job.
@@ -39,7 +29,10 @@ struct Job {
 /// Takes the job apart; throws std::runtime_error with the fault of a job that is not good.
 [[nodiscard]] Job parseJob(std::span<const std::uint8_t> bytes);
 
-/// The page's luma rows (grey jobs: its grey rows) as an independent decoder sees them.
-[[nodiscard]] Bytes decodeLuma(const Page& page, bool color);
+/// Expects that the job's list holds each of these texts, and none of those that begin with '!'.
+void expectList(const Job& job, const std::vector<std::string>& texts, const std::string& choice);
+
+/// Where the first page's raster begins, in points from the sheet's corner.
+[[nodiscard]] double originInPoints(const Job& job);
 
 }  // namespace kesto::test
