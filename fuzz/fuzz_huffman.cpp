@@ -1,5 +1,5 @@
 // The entropy coder: what is written is read back, anything at all may be read, and code lists of any kind give either
-// a status or codes that tell their symbols apart.
+// a status or a table.
 #include <array>
 #include <memory>
 
@@ -13,6 +13,7 @@ namespace {
 using namespace kesto;
 using fuzz::Bytes;
 using fuzz::Input;
+using fuzz::note;
 using fuzz::require;
 
 /// The coder of all runs: its tables are made once.
@@ -24,92 +25,78 @@ WicketCoder* freshCoder() {
   return coder.get();
 }
 
-enum Kind : std::uint8_t { DC, AC, EOB, ZRL, RESTART, QUANTIZER, PADDED_QUANTIZER, KINDS };
-
+/// Writes the symbol that `what` and `value` describe. `readBack` then reads and compares it.
 struct Symbol {
-  Kind kind = DC;
-  bool chroma = false;
-  std::uint32_t run = 0;
+  std::uint8_t what = 0;
   std::int32_t value = 0;
+
+  [[nodiscard]] bool chroma() const { return (what & 8) != 0; }
+  [[nodiscard]] std::uint32_t run() const { return what >> 4; }
+
+  std::int32_t write(WicketCoder* coder) const {
+    const auto select = static_cast<std::uint8_t>(run() & 1);
+    switch (what & 7) {
+      case 0:
+      case 7:
+        return dcSymbol(value, chroma(), coder);
+      case 1:
+        return acSymbol(run(), value, chroma(), coder);
+      case 2:
+        return eobSymbol(chroma(), coder);
+      case 3:
+        return zrlSymbol(chroma(), coder);
+      case 4:
+        return restartMarker(coder);
+      case 5:
+        return quantizationTableMarker(select, coder);
+      default:
+        return quantizationTableMarkerPad(select, coder);
+    }
+  }
+
+  void readBack(WicketCoder* coder) const {
+    std::int32_t got = -1;
+    std::uint32_t gotRun = 0;
+    switch (what & 7) {
+      case 0:
+      case 7:
+        return require(decodeDCSymbol(&got, chroma(), coder) == CODEC_OK && got == value);
+      case 1:
+      case 2:
+      case 3: {
+        const std::uint32_t due = (what & 7) == 1 ? run() : (what & 7) == 2 ? 0 : 15;
+        require(decodeACSymbol(&gotRun, &got, chroma(), coder) == CODEC_OK);
+        return require(gotRun == due && got == ((what & 7) == 1 ? value : 0));
+      }
+      default:
+        return note(checkForFlush(coder));
+    }
+  }
 };
-
-Symbol readSymbol(Input& in) {
-  Symbol symbol;
-  const std::uint8_t what = in.byte();
-  symbol.kind = static_cast<Kind>((what & 7) % KINDS);
-  symbol.chroma = (what & 8) != 0;
-  symbol.run = what >> 4;
-  if (symbol.kind > AC) return symbol;
-  const auto value = static_cast<std::int16_t>(in.word16());
-  symbol.value = value >> (what >> 4);  // small values are the usual ones
-  return symbol;
-}
-
-std::int32_t write(const Symbol& symbol, WicketCoder* coder) {
-  const auto select = static_cast<std::uint8_t>(symbol.run & 1);
-  switch (symbol.kind) {
-    case DC:
-      return dcSymbol(symbol.value, symbol.chroma, coder);
-    case AC:
-      return acSymbol(symbol.run, symbol.value, symbol.chroma, coder);
-    case EOB:
-      return eobSymbol(symbol.chroma, coder);
-    case ZRL:
-      return zrlSymbol(symbol.chroma, coder);
-    case RESTART:
-      return restartMarker(coder);
-    case QUANTIZER:
-      return quantizationTableMarker(select, coder);
-    default:
-      return quantizationTableMarkerPad(select, coder);
-  }
-}
-
-void requireSymbol(const Symbol& symbol, std::uint32_t& restarts, WicketCoder* coder) {
-  if (symbol.kind >= RESTART) {
-    const std::uint32_t marker = symbol.kind == RESTART  ? MARKER_RESTART + restarts++ % RESTART_NUMBERS
-                                 : (symbol.run & 1) == 0 ? MARKER_TABLE_QUANTIZER
-                                                         : MARKER_FLAT_QUANTIZER;
-    return require(checkForFlush(coder) == marker);
-  }
-  std::int32_t value = -1;
-  if (symbol.kind == DC) {
-    return require(decodeDCSymbol(&value, symbol.chroma, coder) == CODEC_OK && value == symbol.value);
-  }
-  std::uint32_t run = 0;
-  require(decodeACSymbol(&run, &value, symbol.chroma, coder) == CODEC_OK);
-  const std::uint32_t written = symbol.kind == EOB ? 0 : symbol.kind == ZRL ? 15 : symbol.run;
-  require(run == written && value == (symbol.kind == AC ? symbol.value : 0));
-}
 
 void writeAndRead(Input& in) {
   WicketCoder* coder = freshCoder();
   Bytes stream(in.word16() % 4096);
   coder->restartNumber = in.byte() % RESTART_NUMBERS;
-  std::uint32_t restarts = static_cast<std::uint32_t>(coder->restartNumber);
   const auto capacity = static_cast<std::uint32_t>(stream.size());
   require(outputBuffer(stream.data(), capacity, coder) == (stream.data() == nullptr ? CODEC_NULL_POINTER : CODEC_OK));
   std::vector<Symbol> symbols;
   bool full = false;
   while (!in.empty()) {
-    const Symbol symbol = readSymbol(in);
-    const std::uint32_t before = coder->outCount * 8 + coder->bitCount;
-    const std::int32_t status = write(symbol, coder);
-    require(coder->outCount <= capacity);
-    const bool refused = status == CODEC_MAGNITUDE || status == CODEC_INVALID_SYMBOL;
-    require(refused ? coder->outCount * 8 + coder->bitCount == before
-                    : status == CODEC_OK || status == CODEC_OUTPUT_FULL);
+    Symbol symbol{.what = in.byte()};
+    symbol.value = static_cast<std::int16_t>((symbol.what & 7) < 2 ? in.word16() : 0) >> symbol.run();
+    const std::int32_t status = symbol.write(coder);
+    note(status);
     full = full || status == CODEC_OUTPUT_FULL;
-    require(!full || coder->outCount == capacity);
+    require(coder->outCount <= capacity && (!full || coder->outCount == capacity));
     if (status == CODEC_OK) symbols.push_back(symbol);
   }
   std::uint32_t length = 0;
   full = finishEncoding(&length, coder) != CODEC_OK || full;
-  fuzz::note(std::span(stream).first(length));
-  require(length <= capacity && (!full || length == capacity));
+  note(std::span(stream).first(length));
   if (full || stream.empty()) return;
   require(decodeData(stream.data(), length, coder) == CODEC_OK);
-  for (const Symbol& symbol : symbols) requireSymbol(symbol, restarts, coder);
+  for (const Symbol& symbol : symbols) symbol.readBack(coder);
 }
 
 void readAnything(Input& in) {
@@ -120,47 +107,21 @@ void readAnything(Input& in) {
   if (decodeData(data.data(), size, coder) != CODEC_OK) return require(data.data() == nullptr);
   for (std::size_t i = 0; i < 2 * data.size() + steps.size(); ++i) {
     const std::uint8_t step = steps.empty() ? std::uint8_t{0} : steps[i % steps.size()];
+    const bool chroma = (step & 8) != 0;
     std::uint8_t byte = 0;
     std::uint32_t word = 0;
     std::int32_t value = 0;
-    switch (step & 7) {
-      case 0:
-        if (decodeDCSymbol(&value, (step & 8) != 0, coder) == CODEC_OK) require(value >= -2047 && value <= 2047);
-        break;
-      case 1:
-        if (decodeACSymbol(&word, &value, (step & 8) != 0, coder) == CODEC_OK)
-          require(word <= 15 && value >= -1023 && value <= 1023);
-        break;
-      case 2:
-        if (decodeVLI(step >> 3, &value, coder) == CODEC_OK) require(value > -65536 && value < 65536);
-        break;
-      case 3:
-        if (getCode(&word, coder) == CODEC_OK) require(word <= 0xFFFF);
-        break;
-      case 4:
-        require((checkForFlush(coder) & 0xFFFF00FF) != 0xFF);
-        break;
-      case 5:
-        softReset(coder);
-        break;
-      case 6:
-        static_cast<void>(nextByte(&byte, coder));
-        break;
-      default:
-        require(decodeVLI(17, &value, coder) == CODEC_BAD_SIZE);
-    }
+    if ((step & 7) == 0) note(decodeDCSymbol(&value, chroma, coder));
+    if ((step & 7) == 1) note(decodeACSymbol(&word, &value, chroma, coder));
+    if ((step & 7) == 2) note(decodeVLI(step >> 3, &value, coder));
+    if ((step & 7) == 3) note(getCode(&word, coder));
+    if ((step & 7) == 4) note(checkForFlush(coder));
+    if ((step & 7) == 5) softReset(coder);
+    if ((step & 7) == 6) note(nextByte(&byte, coder));
+    if ((step & 7) == 7) note(decodeVLI(17, &value, coder));
     require(coder->reader.bytesLeft <= size && coder->reader.position + coder->reader.bytesLeft == data.data() + size);
-    require(decodeBitPosition(coder) <= 8 * size);
-    fuzz::note(decodeBitPosition(coder) + value + word + byte);
+    note(decodeBitPosition(coder) + value + word + byte);
   }
-}
-
-using Counts = std::array<std::uint32_t, CODE_LENGTHS>;
-
-Counts readCounts(Input& in) {
-  Counts counts{};
-  for (std::uint32_t& count : counts) count = in.byte() & 31;
-  return counts;
 }
 
 void makeTables(Input& in) {
@@ -170,8 +131,8 @@ void makeTables(Input& in) {
   setHuffman(coder.get());
   HuffmanLists lists = in.flag() ? coder->lumaLists : coder->chromaLists;
   const std::uint8_t changes = in.byte();
-  if ((changes & 1) != 0) lists.dcCounts = readCounts(in);
-  if ((changes & 2) != 0) lists.acCounts = readCounts(in);
+  if ((changes & 1) != 0) std::ranges::generate(lists.dcCounts, [&] { return in.byte() & 31U; });
+  if ((changes & 2) != 0) std::ranges::generate(lists.acCounts, [&] { return in.byte() & 31U; });
   std::vector<std::uint32_t> dcSymbols(lists.dcSymbols.begin(), lists.dcSymbols.end());
   std::vector<std::uint32_t> acSymbols(lists.acSymbols.begin(), lists.acSymbols.end());
   dcSymbols.resize(32 * CODE_LENGTHS);  // as many as the counts can add up to
@@ -186,20 +147,16 @@ void makeTables(Input& in) {
   const std::int32_t status =
       codecInitialize(pointer(2, lists.dcCounts.data()), dcSymbols.data(), pointer(4, lists.acCounts.data()),
                       pointer(6, acSymbols.data()), table.get());
-  fuzz::note(status);
+  note(status);
   if (status != CODEC_OK) return;
-  require(codecInitialize(lists.dcCounts.data(), dcSymbols.data(), lists.acCounts.data(), acSymbols.data(),
-                          table.get()) == CODEC_OK);
-  require(setHuffmanCodec(table.get(), true, coder.get()) == CODEC_OK);
   for (std::uint32_t symbol = 0; symbol <= 0x100; ++symbol) {
     std::uint32_t code = 0, length = 0, found = 0, foundLength = 0;
     for (const bool dc : {true, false}) {
       const bool there = (dc ? codecDCCode : codecACCode)(symbol, &code, &length, table.get()) == CODEC_OK;
-      fuzz::note(std::int64_t{there ? code : 0});
+      note(std::int64_t{there ? code : 0});
       if (!there || length == 0 || length > 16) continue;
-      fuzz::note(
-          (dc ? codecDecodeDCSymbol : codecDecodeACSymbol)(code << (16 - length), &found, &foundLength, table.get()));
-      fuzz::note(std::int64_t{found});
+      note((dc ? codecDecodeDCSymbol : codecDecodeACSymbol)(code << (16 - length), &found, &foundLength, table.get()));
+      note(std::int64_t{found});
     }
   }
 }
@@ -208,15 +165,9 @@ void makeTables(Input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input in(data, size);
-  switch (in.byte() % 3) {
-    case 0:
-      writeAndRead(in);
-      break;
-    case 1:
-      readAnything(in);
-      break;
-    default:
-      makeTables(in);
-  }
+  const std::uint8_t what = in.byte() % 3;
+  if (what == 0) writeAndRead(in);
+  if (what == 1) readAnything(in);
+  if (what == 2) makeTables(in);
   return 0;
 }

@@ -7,6 +7,7 @@
 #include "bandcoder.h"
 #include "codec/colorconvert.h"
 #include "codec/fast/fastband.h"
+#include "codec/wicketsegment.h"
 #include "input.h"
 #include "kestojob/reader/banddecoder.h"
 #include "kestojob/reader/entropycheck.h"
@@ -161,61 +162,49 @@ void jobBand(Input& in) {
   if (!scaled) requirePicture(band, *pixels);
 }
 
-/// Settings of any kind, told and asked for.
+/// Settings of any kind, and what they are afterwards.
 void changeSettings(Input in, WicketSettings& settings, WicketCoder& coder) {
+  constexpr std::uint32_t TYPES[] = {0x444, 0x422, 0x420, 0x411};
+  const auto choose = [](std::uint8_t value, auto set, auto clear, auto* record) {
+    return std::int32_t{(value & 1) != 0 ? set(record) : clear(record)};
+  };
   while (!in.empty()) {
     const std::uint8_t value = in.byte();
-    switch (in.byte() % 12) {
-      case 0: {
-        constexpr std::uint32_t TYPES[] = {0x444, 0x422, 0x420, 0x411};
-        const bool known = (value & 3) != 3;
-        require((setSampleType(TYPES[value & 3], &settings) == CODEC_OK) == known);
-        require(querySampleType(&settings) == (known ? TYPES[value & 3] : SAMPLE_TYPE_444));
-        break;
-      }
-      case 1:
-        setRestartInterval(static_cast<std::int8_t>(value), &settings);
-        require(queryRestartInterval(&settings) == static_cast<std::int8_t>(value));
-        break;
-      case 2:
-        require((setQFactor(value, &settings) == CODEC_OK) == (value >= 1 && value <= 100));
-        break;
-      case 3:
-        if (setQFactor2(value, value / 2 + 1, &settings) == CODEC_OK) require(queryQFactor(&settings) != 0);
-        break;
-      case 4:
-        static_cast<void>((value & 1) != 0 ? setPadQMarker(&settings) : clearPadQMarker(&settings));
-        require(queryPadQMarker(&settings) == (value & 1));
-        break;
-      case 5:
-        static_cast<void>((value & 1) != 0 ? setUseDeltaDC(&settings) : clearUseDeltaDC(&settings));
-        require(queryUseDeltaDC(&settings) == (value & 1));
-        break;
-      case 6:
-        static_cast<void>((value & 1) != 0 ? setDumpPlanes(&settings) : clearDumpPlanes(&settings));
-        require(queryDumpPlanes(&settings) == (value & 1));
-        break;
-      case 7:
-        static_cast<void>((value & 1) != 0 ? wicketSetByteStuffing(&coder) : wicketClearByteStuffing(&coder));
-        require(wicketQueryByteStuffing(&coder) == (value & 1));
-        break;
-      case 8: {
-        const std::int32_t status = value;
-        setWicket(&settings, &coder, value == 255 ? nullptr : &status);
-        break;
-      }
-      case 9:
-        reinitialize(&settings, &coder);
-        break;
-      case 10:
-        setPlanarZigZag(value % 5, 8U * (value / 5), value % 3, value % 4, &settings);
-        break;
-      default:
-        settings.restartMcuCount = value;
-        clearRestartMcuCount(&settings);
-        settings.firstBand = value & 1;
+    const std::int32_t status = value;
+    const std::uint8_t what = in.byte() % 12;
+    if (what == 0) fuzz::note(setSampleType(TYPES[value & 3], &settings));
+    if (what == 1) fuzz::note(setRestartInterval(static_cast<std::int8_t>(value), &settings));
+    if (what == 2) fuzz::note(setQFactor(value, &settings));
+    if (what == 3) fuzz::note(setQFactor2(value, value / 2 + 1, &settings));
+    if (what == 4) fuzz::note(choose(value, setPadQMarker, clearPadQMarker, &settings));
+    if (what == 5) fuzz::note(choose(value, setUseDeltaDC, clearUseDeltaDC, &settings));
+    if (what == 6) fuzz::note(choose(value, setDumpPlanes, clearDumpPlanes, &settings));
+    if (what == 7) fuzz::note(choose(value, wicketSetByteStuffing, wicketClearByteStuffing, &coder));
+    if (what == 8) setWicket(&settings, &coder, value == 255 ? nullptr : &status);
+    if (what == 9) reinitialize(&settings, &coder);
+    if (what == 10) setPlanarZigZag(value % 5, 8U * (value / 5), value % 3, value % 4, &settings);
+    if (what == 11) {
+      settings.restartMcuCount = value;
+      clearRestartMcuCount(&settings);
+      settings.firstBand = value & 1;
     }
   }
+  for (const std::int64_t query :
+       {std::int64_t{querySampleType(&settings)}, std::int64_t{queryRestartInterval(&settings)},
+        std::int64_t{queryQFactor(&settings)}, std::int64_t{queryPadQMarker(&settings)},
+        std::int64_t{queryUseDeltaDC(&settings)}, std::int64_t{queryDumpPlanes(&settings)},
+        std::int64_t{wicketQueryByteStuffing(&coder)}, std::int64_t{queryByteStuffing(&coder)}}) {
+    fuzz::note(query);
+  }
+}
+
+/// Notes where the segments of a stream lie.
+void noteSegments(const Bytes& stream) {
+  WicketSettings settings;
+  fuzz::note(setSegmentStream(stream.data(), static_cast<std::uint32_t>(stream.size()), &settings));
+  const std::uint8_t* segment = nullptr;
+  for (std::uint32_t length = 0; getSegment(&segment, &length, &settings) == CODEC_OK;)
+    fuzz::note(std::span(segment, length));
 }
 
 /// A band with claims and settings of any kind.
@@ -231,10 +220,11 @@ void oddBand(Input& in) {
   band.map.resize(blocks, firstMap & 3);
   if ((odd & 16) != 0) band.planes.back().clear();  // whose pointer is null
   const Bytes settings = in.rest();
-  compressAllWays(band, [&](test::BandCoder& codec) {
+  const Outcome outcome = compressAllWays(band, [&](test::BandCoder& codec) {
     codec.prepare(firstMap >> 3, std::max(band.width, 8));
     changeSettings(Input(settings.data(), settings.size()), *codec.settings, *codec.coder);
   });
+  for (const Bytes& stream : outcome.streams) noteSegments(stream);
 }
 
 /// The colours of a band, against the conversion of one pixel at a time.

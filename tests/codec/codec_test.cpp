@@ -19,7 +19,6 @@
 #include "codec/quantize.h"
 #include "codec/tbrle.h"
 #include "codec/wicket.h"
-#include "codec/wicketsegment.h"
 #include "fuzz/bandcoder.h"
 #include "kestojob/reader/wicketcode.h"
 #include "support/hex.h"
@@ -159,20 +158,6 @@ TEST(Codec, RefusesShapesAndPointersThatItCannotUse) {
   for (const std::int32_t q : {0, 101, -1}) EXPECT_EQ(setQFactor(q, &settings), CODEC_UNSUPPORTED);
   EXPECT_EQ(setQFactor2(50, 0, &settings), CODEC_UNSUPPORTED);
   EXPECT_EQ(rgbtoYCbCr(24, 24, nullptr, 8, 8, nullptr, nullptr, nullptr, 0), CODEC_NULL_POINTER);
-}
-
-TEST(Segments, EndAtRestartMarkers) {
-  const Bytes stream = {0xFF, 0x2B, 0x01, 0xFF, 0x00, 0xFF, 0xD0, 0xFF, 0xD7, 0xD1, 0xFF};
-  WicketSettings settings;
-  const std::uint8_t* segment = nullptr;
-  std::uint32_t length = 99;
-  EXPECT_EQ(getSegment(&segment, &length, &settings), CODEC_INPUT_END);
-  ASSERT_EQ(setSegmentStream(stream.data(), static_cast<std::uint32_t>(stream.size()), &settings), 0);
-  std::string segments;
-  while (getSegment(&segment, &length, &settings) == 0) segments += test::hex(std::span(segment, length)) + '|';
-  EXPECT_EQ(segments, "FF 2B 01 FF 00||D1 FF|");
-  EXPECT_EQ(settings.segmentNumber, 3U);
-  EXPECT_EQ(getSegment(nullptr, &length, &settings), CODEC_NULL_POINTER);
 }
 
 /// Whether the fast way takes a noisy band of three planes, with changed records.

@@ -1,23 +1,20 @@
 // How the filter behaves when something is wrong: its messages, its exit status, and that nothing is left behind.
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include "endtoend/filterrun.h"
 
 namespace kesto::test {
 namespace {
 
-std::string onlyError(const Outcome& outcome) {
+void expectOneError(const Outcome& outcome, const std::string& text) {
   const auto errors = outcome.linesWith("ERROR:");
-  EXPECT_EQ(errors.size(), 1u) << outcome.log;
-  return errors.empty() ? "" : errors[0];
+  ASSERT_EQ(errors.size(), 1u) << outcome.log;
+  EXPECT_NE(errors[0].find(text), std::string::npos) << errors[0];
 }
 
 /// A document that opens with a password only.
@@ -33,47 +30,47 @@ std::string encryptedPdf() {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(Behaviour, ADocumentThatIsMissingIsToldOnce) {
-  TemporaryFolder folder;
+TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
+  const std::pair<FilterCall, const char*> cases[] = {
+      {{.document = "", .realRenderer = true}, "no page that can be printed"},
+      {{.document = "", .onStandardInput = true, .realRenderer = true}, "no page that can be printed"},
+      {{.document = "this is no PDF", .realRenderer = true}, "no page that can be printed"},
+      {{.document = encryptedPdf(), .realRenderer = true}, "no page that can be printed: pdftoraster was ended"},
+  };
+  for (const auto& [call, message] : cases) {
+    const Outcome outcome = runFilter(call);
+    EXPECT_EQ(outcome.status, 0);
+    expectOneError(outcome, message);
+    EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
+  }
+  const TemporaryFolder folder;
   Command command = filterCommand({.document = "page"}, folder);
   command.arguments.back() = folder.path() + "/missing.pdf";
-  const Outcome outcome = run(command);
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_NE(onlyError(outcome).find("Unable to open the document: No such file"), std::string::npos);
-  EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
+  expectOneError(run(command), "Unable to open the document: No such file");
+  command.arguments.resize(5);
+  const Outcome wrong = run(command);
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_NE(wrong.log.find("Usage: Kesto_Queue job user title copies options [filename]\n"), std::string::npos);
+  EXPECT_TRUE(wrong.output.empty());
 }
 
-TEST(Behaviour, AWrongArgumentCountIsToldAndNothingIsPrinted) {
-  TemporaryFolder folder;
-  Command command = filterCommand({.document = "page"}, folder);
-  command.arguments.resize(5);
-  const Outcome outcome = run(command);
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_NE(outcome.log.find("Usage: Kesto_Queue job user title copies options [filename]\n"), std::string::npos);
-  EXPECT_TRUE(outcome.output.empty());
+/// The filter run by the shell, with `redirection`.
+Outcome runByShell(const std::string& document, const std::string& redirection, const TemporaryFolder& folder) {
+  Command command = filterCommand({.document = document}, folder);
+  command.program = "/bin/sh";
+  command.arguments = {"sh", "-c",    "exec \"$0\" \"$@\" " + redirection, KESTO_FILTER, "17", "anna", "A title",
+                       "1",  "a=b c", folder.path() + "/document"};
+  return run(command);
 }
 
 TEST(Behaviour, TheRendererGetsTheJobsArgumentsAndNoDescriptorOfTheSpooler) {
-  TemporaryFolder folder;
-  Command command = filterCommand({.document = "arguments\npage"}, folder);
-  command.program = "/bin/sh";  // opens the descriptors of the back and side channel, as the spooler does
-  command.arguments = {"sh",
-                       "-c",
-                       "exec \"$0\" \"$@\" 3</dev/null 4</dev/null",
-                       KESTO_FILTER,
-                       "17",
-                       "anna",
-                       "A title",
-                       "1",
-                       "a=b c",
-                       folder.path() + "/document"};
-  const Outcome outcome = run(command);
+  const TemporaryFolder folder;
+  const Outcome outcome = runByShell("arguments\npage", "3</dev/null 4</dev/null", folder);
   EXPECT_EQ(outcome.status, 0) << outcome.log;
   EXPECT_EQ(faultOf(outcome.output), "");
-  const auto lines = outcome.linesWith("DEBUG: renderer arguments");
-  ASSERT_EQ(lines.size(), 1u) << outcome.log;
-  EXPECT_EQ(lines[0], "DEBUG: renderer arguments [" + std::string(KESTO_FILTER) +
-                          "] [17] [anna] [A title] [1] [a=b c] [" + folder.path() + "/document]");
+  EXPECT_EQ(outcome.linesWith("DEBUG: renderer arguments"),
+            std::vector{"DEBUG: renderer arguments [" + std::string(KESTO_FILTER) +
+                        "] [17] [anna] [A title] [1] [a=b c] [" + folder.path() + "/document]"});
 }
 
 TEST(Behaviour, ARendererWithoutAnInterpretersNameIsRunByTheShell) {
@@ -84,50 +81,20 @@ TEST(Behaviour, ARendererWithoutAnInterpretersNameIsRunByTheShell) {
   EXPECT_EQ(printJob({.document = "page\npage", .serverBin = folder.path()}).pages.size(), 2u);
 }
 
-TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {
-  struct Case {
-    const char* name;
-    FilterCall call;
-    const char* message;
-  };
-  const Case cases[] = {
-      {"empty", {.document = "", .realRenderer = true}, "no page that can be printed"},
-      {"empty on standard input", {.document = "", .onStandardInput = true, .realRenderer = true}, "no page"},
-      {"password",
-       {.document = encryptedPdf(), .realRenderer = true},
-       "no page that can be printed: pdftoraster was ended"},
-      {"garbage", {.document = "this is no PDF", .realRenderer = true}, "no page that can be printed"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Outcome outcome = runFilter(c.call);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(onlyError(outcome).find(c.message), std::string::npos) << outcome.log;
-    EXPECT_EQ(parseJob(outcome.output).pages.size(), 0u);
-  }
-}
-
-TEST(Behaviour, AClosedOutputEndsTheJobWithTheErrorNumber) {
-  TemporaryFolder folder;
+TEST(Behaviour, AnOutputThatFailsEndsTheJobWithTheErrorNumber) {
+  const TemporaryFolder folder;
   std::string recipe;
   for (int i = 0; i < 40; ++i) recipe += "page width=2400 height=800 pattern=noise seed=" + std::to_string(i) + "\n";
   Process filter(filterCommand({.document = recipe + "hang"}, folder));
+  filter.collectFor(std::chrono::milliseconds(200));
   filter.closeOutput();
   const Outcome outcome = filter.finish();
   EXPECT_EQ(outcome.status, EPIPE) << outcome.log;
-  EXPECT_NE(onlyError(outcome).find("Unable to write the print data: Broken pipe"), std::string::npos);
+  expectOneError(outcome, "Unable to write the print data: Broken pipe");
+  const Outcome full = runByShell("page width=640 height=800 pattern=noise", ">/dev/full", folder);
+  EXPECT_EQ(full.status, ENOSPC);
+  expectOneError(full, "No space left on device");
   expectNothingLeft(folder);
-}
-
-TEST(Behaviour, AFullDiskIsReportedOnce) {
-  TemporaryFolder folder;
-  Command command = filterCommand({.document = "page width=640 height=800 pattern=noise"}, folder);
-  command.arguments = {"sh", "-c", "exec \"$0\" \"$@\" >/dev/full", KESTO_FILTER, "17", "anna", "title",
-                       "1",  "",   folder.path() + "/document"};
-  command.program = "/bin/sh";
-  const Outcome outcome = run(command);
-  EXPECT_EQ(outcome.status, ENOSPC);
-  EXPECT_NE(onlyError(outcome).find("No space left on device"), std::string::npos);
 }
 
 }  // namespace

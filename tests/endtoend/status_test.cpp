@@ -48,14 +48,6 @@ TEST(NetworkStatus, AShortJobWaitsForTheAnswerThatIsOnItsWay) {
   }
 }
 
-TEST(NetworkStatus, ResponsesInSeveralPacketsAreJoined) {
-  PrinterProcess printer({"--error", std::string(200, 'x'), "--packets", "5", "--delay", "30"});
-  const Outcome outcome = runFilter({.document = "page", .deviceUri = printer.uri()});
-  const auto warnings = outcome.linesWith("WARNING:");
-  ASSERT_GE(warnings.size(), 5u) << outcome.log;
-  EXPECT_EQ(warnings[0], "WARNING: " + std::string(200, 'x'));
-}
-
 TEST(NetworkStatus, BadAnswersChangeNeitherTheJobNorItsStatus) {
   const Bytes reference = withoutDate(runFilter({.document = "page"}).output);
   for (const char* fault : {"silent", "garbage", "truncated", "oversized", "wrong-id"}) {

@@ -67,29 +67,6 @@ TEST(NetworkMonitor, AsksNumericAddressesOnly) {
     EXPECT_EQ(ValidateChannel(address), result) << address;
     EXPECT_EQ(log.writes(), trace) << address;
   }
-  // Too short to be asked, and no address at all: the thread ends by itself without a connection.
-  char shortest[] = "1.2.3.4";
-  const test::CapturedLog log;
-  npaNetworkThreadParams.running = 1;
-  EXPECT_EQ(npa_network_thread(shortest), nullptr);
-  EXPECT_EQ(npa_network_thread(nullptr), nullptr);
-  npaNetworkThreadParams.running = 0;
-  EXPECT_EQ(log.writes(), "");
-  int descriptor = -1;
-  EXPECT_EQ(InitializeNpaNetworkConnection("192.0.2.7/", descriptor), -1);
-  CloseNpaNetworkConnection(descriptor);
-  EXPECT_EQ(descriptor, -1);
-}
-
-TEST(UsbReader, EndsWithoutABackChannel) {
-  constexpr int BACK_CHANNEL = 3;
-  const int saved = fcntl(BACK_CHANNEL, F_DUPFD_CLOEXEC, 10);
-  close(BACK_CHANNEL);
-  StartUsbReadThread();
-  StopUsbReadThread();
-  EXPECT_EQ(usbReadParams.running, 0);
-  if (saved >= 0) dup2(saved, BACK_CHANNEL);
-  close(saved);
 }
 
 /// The stream `bytes`, joined from pieces of these sizes (the last one for all that follows).

@@ -86,23 +86,6 @@ TEST(Check, SaysWhatItSaysOfEveryByteThatIsChangedOrMissing) {
   EXPECT_EQ(digest.text(), "6322ddcdeb05b142") << accepted << " of " << tried << " changes are no fault";
 }
 
-TEST(Check, NamesTheFaultAndItsPlace) {
-  const Bytes job = readFile(pathOf(0));
-  const std::pair<Bytes, const char*> cases[] = {
-      {{}, "offset 0: The job is empty."},
-      {replaced(job, "C0 CC F8 2C", "C0 CD F8 2C"), "ROP3 is 205, not 204."},
-      {replaced(job, "B1 FA", "B1 FA FF FF"), "offset"},
-  };
-  for (const auto& [bad, fault] : cases) EXPECT_NE(faultOf(bad).find(fault), std::string::npos) << faultOf(bad);
-  Bytes twice = job;
-  twice.insert(twice.end(), job.begin(), job.end());
-  EXPECT_EQ(faultOf(twice), "offset " + std::to_string(job.size()) + ": There are bytes behind the end of the job.");
-  for (const std::string_view other :
-       {"%PDF-1.4\n", "@PJL", "\n", "\x1B%-12345X@PJL ENTER LANGUAGE=PCL\n", "\xA5\xFF\xFF"}) {
-    EXPECT_NE(faultOf(Bytes(other.begin(), other.end())), "") << other;
-  }
-}
-
 TEST(Program, ListsAndChecks) {
   Digest digest;
   for (int number = 0; number < JOBS; ++number) {

@@ -96,22 +96,6 @@ TEST(ExtendedAlerts, AreReadItemByItem) {
   }
 }
 
-TEST(AlertItems, ReadNumbersAndTextsWithinTheirBytes) {
-  const Bytes bytes = unhex("01 02 03 04 05 06 07 08 09 0A");
-  EXPECT_EQ(HexStrToLong(bytes, 1, 3), 0x020304U);
-  EXPECT_EQ(HexStrToLong(bytes, 0, 10), 0x030405060708090AU);
-  EXPECT_EQ(HexStrToLong(bytes, 3, 0) + HexStrToLong(bytes, 9, 2) + HexStrToLong(bytes, ~0ULL, 2), 0U);
-  EXPECT_EQ(twoByteSwap(0x12FE), 0xFE12);
-  std::string copy(6, '#');
-  EXPECT_EQ(decodeString("ab", copy), 2U);
-  EXPECT_EQ(copy, std::string("ab\0###", 6));
-  EXPECT_EQ(decodeString("abcdefgh", copy), 5U);
-  EXPECT_EQ(copy, std::string("abcde\0", 6));
-  std::string digits(9, '0');
-  convertDecimalToBinary(0x16, digits);
-  EXPECT_EQ(digits, "011010000");
-}
-
 TEST(PrintableText, LetsOnlyTextThrough) {
   using namespace std::string_literals;
   const std::pair<std::string, std::string> texts[] = {

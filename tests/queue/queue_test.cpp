@@ -159,13 +159,6 @@ TEST_F(Queue, CancellingEndsTheJobInOrderAndTheQueueGoesOn) {
   EXPECT_EQ(pageNumbers(printer.lastJob()), std::vector<int>{1});
 }
 
-TEST_F(Queue, APrinterMayBeSlow) {
-  PrinterProcess printer({"--slow", "20000"});
-  addQueue("slow", printer);
-  spooler_->print("slow", document(3));
-  EXPECT_EQ(pageNumbers(printer.job(1)), (std::vector<int>{1, 2, 3}));
-}
-
 TEST_F(Queue, APrinterThatClosesTheConnectionDoesNotHoldTheQueue) {
   PrinterProcess printer({"--close-after", "3000"});
   addQueue("broken", printer);
