@@ -6,9 +6,7 @@
 //                                            number of those that failed, and 1 after a crash within the spooler's
 //                                            library, three 32-bit words
 //
-// Counting begins with main: what the dynamic loader and the libraries' start do before it happens ahead of any line
-// of the program. What the program forks still counts, what it executes does not, because the preload is taken out of
-// the environment. Nothing here allocates, so that allocation itself can be made to fail.
+// Counting begins with main. What the program forks still counts, what it executes does not. Nothing here allocates.
 // The checked calls come as definitions of their own, which would stand in the way of these.
 #undef _FORTIFY_SOURCE
 #include <algorithm>
@@ -42,12 +40,6 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
-int __open_2(const char* path, int flags);
-int __open64_2(const char* path, int flags);
-ssize_t __read_chk(int descriptor, void* bytes, std::size_t count, std::size_t room);
-ssize_t __recv_chk(int descriptor, void* bytes, std::size_t count, std::size_t room, int flags);
-int __poll_chk(pollfd* list, nfds_t count, int timeout, std::size_t room);
 int __libc_start_main(int (*program)(int, char**, char**), int argc, char** argv, void (*init)(), void (*fini)(),
                       void (*loaderFini)(), void* stackEnd);
 }
@@ -92,10 +84,6 @@ template <class Call>
 ssize_t transfer(const char* family, std::size_t count, Call call) {
   if (!fails(family)) return call(count);
   return plan.error == 0 ? call(std::min<std::size_t>(count, 1)) : -1;
-}
-
-void* allocate(void* (*real)(std::size_t, std::size_t), std::size_t first, std::size_t second) {
-  return fails("malloc") ? nullptr : real(first, second);
 }
 
 int openFile(const char* path, int flags, mode_t mode) {
@@ -190,22 +178,11 @@ void* malloc(std::size_t size) {
   return fails("malloc") ? nullptr : __libc_malloc(size);
 }
 void* calloc(std::size_t count, std::size_t size) {
-  return allocate(__libc_calloc, count, size);
+  return fails("malloc") ? nullptr : __libc_calloc(count, size);
 }
 void* realloc(void* block, std::size_t size) {
   return fails("malloc") ? nullptr : __libc_realloc(block, size);
 }
-void* memalign(std::size_t alignment, std::size_t size) {
-  return allocate(__libc_memalign, alignment, size);
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  return allocate(__libc_memalign, alignment, size);
-}
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
-  *block = allocate(__libc_memalign, alignment, size);
-  return *block == nullptr ? ENOMEM : 0;
-}
-
 int open(const char* path, int flags, ...) {
   std::va_list rest;
   va_start(rest, flags);
@@ -213,19 +190,11 @@ int open(const char* path, int flags, ...) {
   va_end(rest);
   return openFile(path, flags, mode);
 }
-int open64(const char* path, int flags, ...) {
-  std::va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  return openFile(path, flags, mode);
-}
+[[gnu::alias("open")]] int open64(const char* path, int flags, ...);
 int __open_2(const char* path, int flags) {
   return openFile(path, flags, 0);
 }
-int __open64_2(const char* path, int flags) {
-  return openFile(path, flags, 0);
-}
+[[gnu::alias("__open_2")]] int __open64_2(const char* path, int flags);
 FILE* fopen(const char* path, const char* mode) {
   return fails("open") ? nullptr : realFopen(path, mode);
 }
@@ -269,9 +238,6 @@ int dup2(int from, int to) noexcept {
 }
 int unlink(const char* path) noexcept {
   return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlink, path));
-}
-int access(const char* path, int mode) noexcept {
-  return fails("access") ? -1 : static_cast<int>(syscall(SYS_access, path, mode));
 }
 int socket(int domain, int type, int protocol) noexcept {
   return fails("socket") ? -1 : static_cast<int>(syscall(SYS_socket, domain, type, protocol));

@@ -255,16 +255,12 @@ TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
   const FaultRun reference = referenceRun();
   if (HasFailure()) return;
   const std::uint32_t step = all ? 1 : std::max(reference.count.calls / SAMPLES, 1u);
-  int runs = 0;
   int libraryCrashes = 0;
-  milliseconds slowest{0};
   for (std::uint32_t number = 1;; number += step) {
     SCOPED_TRACE(std::string(fault_.family) + " " + std::to_string(number) + " of " +
                  std::to_string(reference.count.calls));
     const FaultRun faulty = runWith(number);
     if (faulty.count.failed == 0) break;
-    ++runs;
-    slowest = std::max(slowest, faulty.outcome.duration);
     if (faulty.outcome.signal == SIGSEGV && faulty.count.libraryCrashed != 0) {
       ++libraryCrashes;
     } else {
@@ -273,8 +269,6 @@ TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
     if (HasFailure()) FAIL() << faulty.outcome.log;
   }
   EXPECT_LE(libraryCrashes, LIBRARY_CRASHES);
-  std::printf("faults %s %s: %d runs, %d crashes of the library, slowest %d ms\n", kind_.name, fault_.name, runs,
-              libraryCrashes, static_cast<int>(slowest.count()));
 }
 
 std::vector<FaultyJob> faultyJobs() {

@@ -1,7 +1,6 @@
 // The job setting record against a table, and what its sources do with what no table holds.
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <limits>
@@ -14,7 +13,6 @@
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionsource.h"
 #include "jobsettings/optionvalues.h"
-#include "jobsettings/papersize.h"
 #include "support/process.h"
 #include "support/raster.h"
 
@@ -222,20 +220,6 @@ TEST_F(Settings, TakeAPpdThatIsCutAnywhereAsFarAsItGoesOrNotAtAll) {
   EXPECT_EQ(getIntAttrFromPPD(jobPpd(), "MaxMediaWidth", 612), 842);
   EXPECT_EQ(getIntAttrFromPPD(nullptr, "MaxMediaWidth", 612), 612);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(Settings, OfACustomPaperHoldOutAgainstAbsurdNumbers) {
-  constexpr auto MOST = std::numeric_limits<std::uint32_t>::max();
-  EXPECT_EQ(decideCustomPageWidth(16, 0, 7200, 128), 0.12F) << "0.125 is a tie: to the even digit";
-  EXPECT_EQ(decideCustomPageWidth(48, 0, 7200, 128), 0.38F);
-  EXPECT_EQ(decideCustomPageWidth(1, 0, 7200, 16), 1.0F) << "one pixel counts as sixteen";
-  EXPECT_EQ(decideCustomPageWidth(MOST, MOST, 612, 1), 8.5F) << "rounding up must not wrap to an empty raster";
-  EXPECT_EQ(decideCustomPageWidth(4800, 12, 612, 0), 8.5F);
-  EXPECT_EQ(decideCustomPageWidth(0, 0, 612, MOST), 0.0F);
-  EXPECT_EQ(decideCustomPixelWidth(0, 600, NAN), 0U);
-  EXPECT_EQ(decideCustomPixelWidth(0, 600, INFINITY), 2147483632U);
-  EXPECT_EQ(decideCustomPixelWidth(MOST, MOST, 1.0F), 0x80000010U);
-  EXPECT_EQ(decideCustomPixelWidth(72, 600, 1.0F), static_cast<std::uint32_t>(-576)) << "rounding is toward zero";
 }
 
 TEST(JobDate, CountsDaysAndFractionsInThirtyTwoBits) {

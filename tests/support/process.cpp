@@ -142,7 +142,7 @@ void Process::readSome(int waitMs) {
   if (poll(ends.data(), ends.size(), waitMs) <= 0) return;
   std::array<char, 65536> buffer;
   if (ends[0].revents != 0) {
-    const ssize_t got = read(output_, buffer.data(), std::min(buffer.size(), command_.outputPiece));
+    const ssize_t got = read(output_, buffer.data(), buffer.size());
     if (got > 0 && !command_.dropOutput)
       outcome_.output.insert(outcome_.output.end(), buffer.data(), buffer.data() + got);
     if (got <= 0) closeEnd(output_);

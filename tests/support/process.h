@@ -28,8 +28,7 @@ struct Command {
   bool dropOutput = false;             ///< standard output is read and not kept
   bool backChannel = false;            ///< the program reads from descriptor 3 what writeBackChannel writes
   bool keepInputOpen = false;
-  bool ownGroup = false;            ///< the program leads a process group, as under a spooler that runs as root
-  std::size_t outputPiece = 65536;  ///< standard output is read in pieces of so many bytes at most
+  bool ownGroup = false;  ///< the program leads a process group, as under a spooler that runs as root
   std::chrono::milliseconds timeout{30000};  ///< the program is killed then
 };
 
@@ -81,7 +80,6 @@ class Process {
   [[nodiscard]] int pid() const { return pid_; }
   /// The writing end of descriptor 3.
   [[nodiscard]] int backChannel() const { return backChannel_; }
-  [[nodiscard]] std::size_t outputSize() const { return outcome_.output.size(); }
 
  private:
   void readSome(int waitMs);
