@@ -9,8 +9,8 @@
 #include <signal.h>
 
 #include "endtoend/filterrun.h"
+#include "support/printerprocess.h"
 #include "support/sanitized.h"
-#include "support/udpresponder.h"
 
 namespace kesto::test {
 namespace {
@@ -111,10 +111,9 @@ class CancelledIn : public testing::TestWithParam<std::tuple<State, Target>> {};
 
 TEST_P(CancelledIn, EndsSoonAndInOrder) {
   const auto& [state, target] = GetParam();
-  std::optional<UdpResponder> silentPrinter;
-  if (state.call.deviceUri.ends_with(ownAddress())) {
-    silentPrinter.emplace(ownAddress(), 9300, std::vector<std::vector<Bytes>>{});
-  }
+  std::optional<PrinterProcess> silentPrinter;
+  if (state.call.deviceUri.ends_with(ownAddress()))
+    silentPrinter.emplace(std::vector<std::string>{"--fault", "silent"});
   const TemporaryFolder folder;
   Command command = filterCommand(state.call, folder);
   command.ownGroup = true;

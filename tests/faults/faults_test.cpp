@@ -24,7 +24,7 @@
 
 #include "endtoend/filterrun.h"
 #include "kestoprinter/answers.h"
-#include "support/udpresponder.h"
+#include "support/printerprocess.h"
 
 namespace kesto::test {
 namespace {
@@ -37,7 +37,6 @@ constexpr milliseconds TIME_LIMIT{5000};
 constexpr int LIBRARY_CRASHES = 12;
 
 constexpr std::uint32_t BEYOND_ALL_CALLS = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint16_t STATUS_PORT = 9300;
 
 struct JobKind {
   const char* name;
@@ -172,10 +171,8 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
   }
 
   void startPrinter() {
-    kind_.call.deviceUri += ownAddress();
-    printer_.emplace(ownAddress(), STATUS_PORT,
-                     std::vector<std::vector<Bytes>>{
-                         {}, {printer::answerDatagram({}), printer::answerDatagram({alertOf(kind_.warning)})}});
+    printer_.emplace(std::vector<std::string>{"--error", kind_.warning});
+    kind_.call.deviceUri += printer_->address();
   }
 
   FaultRun runWith(std::uint32_t number) {
@@ -244,7 +241,7 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
 
   JobKind kind_;
   Fault fault_;
-  std::optional<UdpResponder> printer_;
+  std::optional<PrinterProcess> printer_;
 };
 
 TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {

@@ -1,9 +1,8 @@
-// Alerts on their way from a response to the log, and which addresses are asked for them.
+// Which addresses are asked for alerts, and packets in pieces.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "hdc/monitor/alertreport.h"
 #include "hdc/monitor/networkmonitor.h"
 #include "hdc/monitor/usbreader.h"
 #include "kestoprinter/answers.h"
@@ -22,32 +21,6 @@ Bytes response(std::uint8_t mask, const std::vector<std::string>& texts) {
   alerts.reserve(texts.size());
   for (const std::string& text : texts) alerts.push_back({.entries = {{1, text}}, .text9 = {}, .text10 = {}});
   return printer::alertResponse(mask, printer::alertBlock(alerts));
-}
-
-TEST(AlertReport, WritesEachLineAtOnceAndRemembersTheError) {
-  struct Case {
-    Bytes response;
-    AlertReportStyle style;
-    const char* writes;
-    int isError;
-  };
-  const std::string lines = "WARNING: Jam\n|WARNING: Open\n|";
-  const std::string fiveTimes = lines + lines + lines + lines + lines;
-  const Case cases[] = {
-      {response(1, {"Jam", "Open"}), USB_REPORT, "\nInside GetExtAlerts in hdc\n|\nWARNING: Jam\n|", 1},
-      {response(2, {"Jam"}), USB_REPORT, "", 0},
-      {response(3, {"Jam", "Open"}), NETWORK_REPORT, fiveTimes.c_str(), 1},
-      {response(1, {}), NETWORK_REPORT, "", 0},
-  };
-  for (const Case& row : cases) {
-    std::ranges::copy(row.response, validBuffer.begin());
-    IsDeviceInError = 1 - row.isError;
-    const test::CapturedLog log;
-    reportAlerts(static_cast<std::uint32_t>(row.response.size()), row.style);
-    EXPECT_EQ(log.writes(), row.writes);
-    EXPECT_EQ(IsDeviceInError, row.isError);
-    EXPECT_EQ(validBuffer, decltype(validBuffer){});
-  }
 }
 
 TEST(NetworkMonitor, AsksNumericAddressesOnly) {

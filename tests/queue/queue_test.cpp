@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <regex>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -58,12 +59,6 @@ std::vector<int> pageNumbers(const Bytes& bytes) {
     for (const Page& page : job.pages) numbers.push_back(pageNumber(page));
   }
   return numbers;
-}
-
-int countOf(const std::string& text, const std::string& part) {
-  int count = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
 }
 
 /// Looks every 50 ms until `holds()`, for 20 s at most.
@@ -200,9 +195,9 @@ TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
       EXPECT_TRUE(eventually([&] {
         const std::string jobs = spooler_->client("lpstat", {"-W", "all", "-l", "-o", "bad"});
         // The queue shows a job's first error. Where the spooler's PDF filter has failed that one is its own.
-        return countOf(jobs, "Status: The document has no page that can be printed") +
-                   countOf(jobs, "Status: loadFilename failed") + countOf(jobs, "Status: Filter failed") ==
-               told;
+        const std::regex error(
+            "Status: (The document has no page that can be printed|loadFilename failed|Filter failed)");
+        return std::distance(std::sregex_iterator(jobs.begin(), jobs.end(), error), {}) == told;
       })) << spooler_->client("lpstat", {"-W", "all", "-l", "-o", "bad"});
     }
   }

@@ -17,6 +17,8 @@ class PrinterProcess {
   /// The device URI; the backend asks real printers for their supplies by SNMP and would wait for an answer.
   [[nodiscard]] std::string uri() const { return "socket://" + address_ + ":9100/?snmp=false"; }
 
+  [[nodiscard]] const std::string& address() const { return address_; }
+
   /// Says a line to the printer's standard input.
   void tell(const std::string& line) { process_.writeInput(line + "\n"); }
 

@@ -1,11 +1,7 @@
-// The ring and the output channel: any sequence of operations against a queue and a list of bytes.
+// The ring: any sequence of operations against a queue.
 #include <deque>
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include "hdc/hdc.h"
+#include "hdc/cbuffer.h"
 #include "input.h"
 #include "require.h"
 
@@ -88,93 +84,10 @@ void useRing(Input& in) {
   fuzz::note(inPlace);
 }
 
-/// Where a channel writes to: a file in memory, the device that is always full, or a descriptor that is none.
-class Output {
- public:
-  explicit Output(std::uint8_t choice) {
-    if (choice % 8 == 7) {
-      descriptor_ = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    } else if (choice % 8 != 6) {
-      descriptor_ = memfd_create("output", MFD_CLOEXEC);
-    }
-    works_ = choice % 8 < 6;
-    hdcContext.outputDescriptor = descriptor_;
-  }
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
-  ~Output() {
-    hdcContext.outputDescriptor = STDOUT_FILENO;
-    close(descriptor_);
-  }
-
-  [[nodiscard]] bool works() const { return works_; }
-  [[nodiscard]] Bytes content() const {
-    const off_t size = works_ ? lseek(descriptor_, 0, SEEK_CUR) : 0;
-    Bytes bytes(static_cast<std::size_t>(size));
-    require(bytes.empty() || pread(descriptor_, bytes.data(), bytes.size(), 0) == size);
-    return bytes;
-  }
-
- private:
-  int descriptor_ = -1;
-  bool works_ = false;
-};
-
-/// What has reached the output and what is still in the ring are all bytes that were accepted, in their order.
-void requireAll(const Output& output, const Bytes& accepted) {
-  Bytes seen = output.content();
-  Bytes stored(cbufferGetAvailableBytes(&hdcContext.buffer));
-  require(cbufferReadBytes(&hdcContext.buffer, stored.data(), static_cast<std::uint32_t>(stored.size())));
-  seen.insert(seen.end(), stored.begin(), stored.end());
-  require(seen == accepted);
-}
-
-void useChannel(Input& in) {
-  const Output output(in.byte());
-  const std::uint32_t capacity = in.number(0, 600);
-  hdcInitialize(capacity, in.number(0, 700));
-  Source source;
-  Bytes accepted;
-  bool running = false;
-  for (int steps = 0; !in.empty() && steps < 64; ++steps) {
-    const std::uint8_t step = in.byte();
-    if (step < 200) {
-      const Bytes bytes = source.next(std::size_t{step} * (step % 8) % (2 * capacity + 1));
-      // Without anybody to make room, what does not fit would wait for ever.
-      if (!running && hdcFailure() == 0 && bytes.size() + cbufferGetAvailableBytes(&hdcContext.buffer) > capacity)
-        continue;
-      const std::int64_t written = hdcWrite(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-      const bool lost = written != std::ssize(bytes);
-      require(!lost || (written == -1 && (hdcFailure() != 0 || capacity == 0)));
-      require(!output.works() || capacity == 0 || !lost);
-      if (!lost) accepted.insert(accepted.end(), bytes.begin(), bytes.end());
-    } else if (step < 220) {
-      hdcStartPrintThread(nullptr);
-      running = true;
-    } else if (step < 240) {
-      hdcStopPrintThread();
-      running = false;
-    } else if (running || cbufferIsEmpty(&hdcContext.buffer)) {
-      hdcWaitUntilEmpty();
-      require(hdcFailure() != 0 || cbufferIsEmpty(&hdcContext.buffer));
-    }
-  }
-  hdcStopPrintThread();
-  require(!output.works() || hdcFailure() == 0);
-  if (output.works()) requireAll(output, accepted);
-  hdcDestroy();
-  const std::uint8_t byte = 0;
-  require(hdcWrite(&byte, 1) == -1 && hdcWrite(&byte, 0) == 0);
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input in(data, size);
-  if (in.flag()) {
-    useChannel(in);
-  } else {
-    useRing(in);
-  }
+  useRing(in);
   return 0;
 }
