@@ -149,10 +149,16 @@ printer::Bytes alertOf(const std::string& text) {
   return printer::alertResponse(printer::MASK_ERRORS, printer::alertBlock(std::vector<printer::Alert>{alert}));
 }
 
-/// Processes that the filter has left behind come to this one, which has no others.
-bool leftProcesses() {
+/// Processes that the filter has left behind come to this one, which has no others but the printer.
+bool leftProcesses(int printer) {
+  std::ifstream children("/proc/thread-self/children");
   bool left = false;
-  while (waitpid(-1, nullptr, 0) > 0) left = true;
+  for (int child = 0; children >> child;) {
+    if (child == printer) continue;
+    left = true;
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+  }
   return left;
 }
 
@@ -191,7 +197,7 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
     FaultRun result;
     result.outcome = filter.finish();
     result.count = readCount(report);
-    result.leftProcesses = leftProcesses();
+    result.leftProcesses = leftProcesses(printer_ ? printer_->pid() : 0);
     result.leftFiles = !std::filesystem::is_empty(folder.path() + "/tmp");
     return result;
   }

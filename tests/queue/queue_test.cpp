@@ -1,6 +1,8 @@
 // The filter at home in a real queue: a private spooler, its own PDF filter and backend, and a printer at the far end.
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <regex>
 #include <thread>
@@ -89,6 +91,8 @@ class Queue : public testing::Test {
   }
   std::string document(int pages) { return folder_.write("pages-" + std::to_string(pages) + ".pdf", greyPdf(pages)); }
 
+  Job printToFile(const std::vector<std::string>& arguments, const std::vector<double>& greys);
+
   static std::unique_ptr<PrivateSpooler> spooler_;
   TemporaryFolder folder_;
 };
@@ -127,6 +131,62 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
     spooler_->print("copies", document(c.pages), c.arguments);
     EXPECT_EQ(pageNumbers(printer.job(++number)), c.expected);
   }
+}
+
+/// Prints a small document on a queue for a file; returns the job that the file got.
+Job Queue::printToFile(const std::vector<std::string>& arguments, const std::vector<double>& greys) {
+  spooler_->print("file", folder_.write("small.pdf", pdfOf(288, 432, greys)), arguments);
+  std::ifstream stream(spooler_->outputPath("file"), std::ios::binary);
+  return parseJob(Bytes{std::istreambuf_iterator<char>(stream), {}});
+}
+
+TEST_F(Queue, OptionsArriveTheWaysAPersonChoosesThem) {
+  const auto setDefaults = [](const std::vector<std::string>& defaults) {
+    spooler_->addQueue("file", "file://" + spooler_->outputPath("file"), KESTO_PPD, defaults);
+  };
+  setDefaults({"PageSize=4x6", "cupsPrintQuality=Draft"});  // a twentieth of the work of a Letter page at 600 dpi
+  struct Case {
+    const char* option;
+    std::vector<std::string> texts;
+    unsigned height;  // of the raster, to eights: the paper without its margins of 12 points
+  };
+  const Case cases[] = {
+      {"media=A4", {"MediaSize=2 ", "ECONOMODE=OFF", "DUPLEX=OFF", "LCOLORMODEL=CMYK"}, 3408},
+      {"media=iso_a4_210x297mm", {"MediaSize=2 "}, 3408},
+      {"media=om_small-photo_100x150mm", {"\"10 x 15 cm\""}, 1672},
+      {"media=na_monarch_3.875x7.5in", {"  CustomMediaSize="}, 2152},  // a custom size
+      {"PageSize=Custom.4x8in", {"  CustomMediaSize="}, 2304},
+      {"sides=two-sided-short-edge", {"DUPLEX=ON", "BINDING=SHORTEDGE", "\"4 x 6 in\""}, 1704},
+      {"print-color-mode=monochrome", {"LCOLORMODEL=BLACK", "LCOLORMODEL=BLACK"}, 1704},
+      {"print-quality=4", {"PRINTQUALITY=NORMAL", "RESOLUTION=600"}, 3400},
+      {"print-quality=5", {"PRINTQUALITY=BEST", "RESOLUTION=600"}, 3400},
+      {"TonerSave=On", {"ECONOMODE=ON"}, 1704},
+      {"TonerSave=true", {"ECONOMODE=ON"}, 1704},
+  };
+  for (const auto& [option, texts, height] : cases) {
+    const Job job = printToFile({"-o", option}, {0.5});
+    ASSERT_EQ(job.pages.size(), 1u) << option;
+    expectList(job, texts, option);
+    EXPECT_EQ(job.pages[0].height, height) << option;
+    EXPECT_EQ(originInPoints(job), 12.0) << option;
+  }
+  for (const bool reverse : {false, true}) {
+    const Job job = printToFile({"-o", reverse ? "OutputOrder=Reverse" : "OutputOrder=Normal"}, {0.0, 0.6});
+    ASSERT_EQ(job.pages.size(), 2u);
+    EXPECT_EQ(job.pages[0].luma[0] < job.pages[1].luma[0], !reverse);
+  }
+  spooler_->client("lpoptions", {"-p", "file", "-o", "media=A6", "-o", "improve=tonerFix"});
+  expectList(printToFile({}, {0.5}), {"\"A6\"", "FIMPROVE=TONERFIX"}, "saved options");
+  expectList(printToFile({"-o", "improve=none"}, {0.5}), {"\"A6\"", "FIMPROVE=OFF"}, "saved options and a choice");
+  spooler_->client("lpoptions", {"-p", "file", "-r", "media", "-r", "improve"});
+  setDefaults(
+      {"PageSize=Postcard.FullBleed.PostcardHagaki", "TonerSave=On", "ColorModel=Gray", "cupsPrintQuality=Draft"});
+  expectList(printToFile({}, {0.5}),
+             {"MediaSize=14 ", "LPAGEMODE=EDGETOEDGE", "ECONOMODE=ON", "LCOLORMODEL=BLACK", "PRINTQUALITY=DRAFT"},
+             "the queue's defaults");
+  expectList(
+      printToFile({"-o", "media=na_index-3x5_3x5in", "-o", "TonerSave=Off", "-o", "print-color-mode=color"}, {0.5}),
+      {"\"INDEX CARD\"", "LPAGEMODE=NORMAL", "ECONOMODE=OFF", "LCOLORMODEL=CMYK"}, "a job's choices");
 }
 
 TEST_F(Queue, EveryPageIsCountedInThePageLog) {

@@ -19,6 +19,8 @@ class PrinterProcess {
 
   [[nodiscard]] const std::string& address() const { return address_; }
 
+  [[nodiscard]] int pid() const { return process_.pid(); }
+
   /// Says a line to the printer's standard input.
   void tell(const std::string& line) { process_.writeInput(line + "\n"); }
 
