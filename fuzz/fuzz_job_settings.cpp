@@ -13,7 +13,6 @@
 #include "filter/strips/strips.h"
 #include "jobjudge.h"
 #include "jobsettings/optionsource.h"
-#include "jobsettings/optionvalues.h"
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/jobcheck.h"
 
@@ -90,15 +89,6 @@ void writePage(const JobSetting& setting) {
   require(setting.copies == 1);
 }
 
-void requireSettled(const JobSetting& setting, const cups_page_header2_t& header) {
-  require(setting.isColor == (header.cupsColorSpace != CUPS_CSPACE_W ? 1 : 0));
-  require(setting.duplex == (header.Duplex == CUPS_TRUE ? ON : OFF));
-  require(setting.halftone == DITHER || setting.halftone == ERRORDIFFUSION);
-  require(setting.reverseOrder <= 1 && setting.orientation >= ORIENTATION_PORTRAIT &&
-          setting.orientation <= ORIENTATION_REVERSE_LANDSCAPE);
-  require(setting.collation == (collatedFlag_Prototype != 0 ? ON : OFF));
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -113,7 +103,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   collatedFlag_Prototype = 0;
   JobSetting setting = {};
   initializeJobSetting(&setting, &header, ticket.empty() ? nullptr : ticket.c_str());
-  requireSettled(setting, header);
   setting.fDateTime = 46342;
   const bool withPage = setting.resolution % 0x10000 != 0;
   if (withPage && fuzz::isRefused(setting, header.cupsWidth)) return 0;

@@ -1,7 +1,5 @@
-// SIGTERM in every state of a job and at random moments of jobs of every kind: how soon the end comes, what the output
+// SIGTERM in every state of a job: how soon the end comes, what the output
 // is worth, and that nothing is left behind.
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -141,33 +139,6 @@ INSTANTIATE_TEST_SUITE_P(EveryState, CancelledIn,
                            return std::string(std::get<0>(instance.param).name) +
                                   (std::get<1>(instance.param) == Target::GROUP ? "_Group" : "_Filter");
                          });
-
-/// At moments spread over the whole of jobs of several kinds; with KESTO_SOAK at so many moments.
-TEST(Cancelled, AtAnyMomentEndsSoonAndInOrder) {
-  constexpr char PAGES[] =
-      "page width=1200 height=1600 pattern=text\nsleep ms=20\npage width=1200 height=1600 pattern=noise\n"
-      "page width=1200 height=1600 bits=8 duplex=1 pattern=gradient\n";
-  std::ifstream stream(KESTO_SAMPLE, std::ios::binary);
-  const std::string sample{std::istreambuf_iterator<char>(stream), {}};
-  const FilterCall calls[] = {{.document = PAGES, .copies = "3", .onStandardInput = true},
-                              {.document = PAGES, .deviceUri = "usb://Kesto/Page"},
-                              {.document = PAGES, .deviceUri = "socket://127.0.0.1"},
-                              {.document = sample, .realRenderer = true}};
-  const int moments = soakCount(8);
-  for (int i = 0; i < moments; ++i) {
-    const FilterCall& call = calls[static_cast<std::size_t>(i) % std::size(calls)];
-    const milliseconds moment{(call.realRenderer ? 3000 : 400) * i / moments};
-    SCOPED_TRACE("call " + std::to_string(i % 4) + " after " + std::to_string(moment.count()) + " ms");
-    const TemporaryFolder folder;
-    Command command = filterCommand(call, folder);
-    command.ownGroup = command.backChannel = true;
-    Process filter(command);
-    filter.collectFor(moment);
-    cancel(filter, i % 3 == 0 ? Target::GROUP : Target::FILTER);
-    Outcome outcome;
-    expectOrderlyEnd(filter, folder, Reader::READS, outcome);
-  }
-}
 
 }  // namespace
 }  // namespace kesto::test

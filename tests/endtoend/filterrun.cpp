@@ -66,11 +66,6 @@ Bytes withoutDate(const Bytes& job) {
   return {text.begin(), text.end()};
 }
 
-int soakCount(int fallback) {
-  const char* count = std::getenv("KESTO_SOAK");  // NOLINT(concurrency-mt-unsafe): one thread
-  return count == nullptr ? fallback : std::max(1, std::atoi(count));
-}
-
 Outcome runFilter(const FilterCall& call) {
   const TemporaryFolder folder;
   Outcome outcome = run(filterCommand(call, folder));

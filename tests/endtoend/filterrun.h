@@ -35,9 +35,6 @@ void expectNothingLeft(const TemporaryFolder& folder);
 /// The job without its date, which changes from run to run.
 [[nodiscard]] Bytes withoutDate(const Bytes& job);
 
-/// How often a test that repeats itself is to do so: KESTO_SOAK, or `fallback` where that is not set.
-[[nodiscard]] int soakCount(int fallback);
-
 /// Runs the filter, expects exit status 0 and no "ERROR:" line, and takes the job apart.
 [[nodiscard]] Job printJob(const FilterCall& call);
 

@@ -7,7 +7,6 @@
 #include "codec/tbrle.h"
 #include "filter/device.h"
 #include "filter/document/pdfinspector-linux.h"
-#include "filter/document/pixelformat.h"
 #include "filter/jobstate.h"
 #include "filter/strips/imagethread.h"
 #include "filter/strips/tagplane.h"
@@ -41,16 +40,6 @@ TEST(DeviceUri, DecidesConnectivityAndAddress) {
     EXPECT_STREQ(device.connectivity, c.connectivity) << c.uri;
     EXPECT_EQ(device.address, c.address) << c.uri;
   }
-}
-
-TEST(Mirror, ReversesPixelsAndKeepsTheirBytes) {
-  const auto mirrored = [](Bytes bytes, std::int32_t start, std::int32_t end, std::uint32_t size) {
-    implement_mirorr_on(bytes.data(), start, end, size);
-    return bytes;
-  };
-  EXPECT_EQ(mirrored({1, 2, 3, 4, 5, 6, 7, 8, 9}, 0, 6, 3), (Bytes{7, 8, 9, 4, 5, 6, 1, 2, 3}));
-  EXPECT_EQ(mirrored({0, 1, 2, 3, 4, 9}, 1, 4, 1), (Bytes{0, 4, 3, 2, 1, 9}));
-  EXPECT_EQ(mirrored({1, 2, 3}, 2, 0, 1), (Bytes{1, 2, 3}));
 }
 
 TEST(TagPlane, CodesTagsOfAnyKindAsTheWholePlaneIsCoded) {

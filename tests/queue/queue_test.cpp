@@ -222,16 +222,6 @@ TEST_F(Queue, APrinterThatClosesTheConnectionDoesNotHoldTheQueue) {
   EXPECT_EQ(printer.job(2).size(), 3000u);
 }
 
-TEST_F(Queue, TwoQueuesPrintAtOnce) {
-  PrinterProcess first, second({}, 1);
-  addQueue("first", first);
-  addQueue("second", second);
-  spooler_->client("lp", {"-d", "first", "-n", "2", document(3)});
-  spooler_->client("lp", {"-d", "second", document(4)});
-  EXPECT_EQ(pageNumbers(first.job(1)), (std::vector<int>{1, 1, 2, 2, 3, 3}));
-  EXPECT_EQ(pageNumbers(second.job(1)), (std::vector<int>{1, 2, 3, 4}));
-}
-
 TEST_F(Queue, ADocumentThatCannotBeRenderedIsToldAndTheQueueGoesOn) {
   PrinterProcess printer;
   addQueue("bad", printer);

@@ -46,21 +46,16 @@ TEST(Install, TheProgramsAreHardened) {
   const TemporaryFolder folder;
   ASSERT_EQ(installInto(folder).status, 0);
   const std::pair<const char*, const char*> marks[] = {
-    {"position independent", "Type:\\s+DYN \\(Position-Independent"},
-    {"relocations read-only", "GNU_RELRO"},
-    {"all of them, from the start", "FLAGS_1\\)\\s+Flags: NOW PIE"},
-    {"no code on the stack", "GNU_STACK(\\s+0x0+){3}\\s+0x0+\\s+0x0+\\s+RW "},
-    {"stack protector", "UND __stack_chk_fail@"},
-    {"fortified", "UND __[a-z]+_chk@"},
-#if defined(__x86_64__)
-    {"big frames are probed", "or[ql]\\s+\\$0x0,(0x0)?\\(%rsp\\)"},
-    {"calls land on marks", "_ZN5kesto\\w+>:\\n\\s+[0-9a-f]+:\\s+endbr64"},
-#endif
+      {"position independent", "Type:\\s+DYN \\(Position-Independent"},
+      {"relocations read-only", "GNU_RELRO"},
+      {"all of them, from the start", "FLAGS_1\\)\\s+Flags: NOW PIE"},
+      {"no code on the stack", "GNU_STACK(\\s+0x0+){3}\\s+0x0+\\s+0x0+\\s+RW "},
+      {"stack protector", "UND __stack_chk_fail@"},
+      {"fortified", "UND __[a-z]+_chk@"},
   };
   for (const char* program : {"/usr/lib/cups/filter/pdftokesto", "/usr/bin/kestojob", "/usr/bin/kestoprinter"}) {
     const std::string path = folder.path() + program;
-    const std::string found = outputOf({"readelf", "-W", "-h", "-l", "-d", "--dyn-syms", path}) +
-                              outputOf({"objdump", "-d", "--no-show-raw-insn", path});
+    const std::string found = outputOf({"readelf", "-W", "-h", "-l", "-d", "--dyn-syms", path});
     for (const auto& [what, pattern] : marks) {
       EXPECT_TRUE(std::regex_search(found, std::regex(pattern))) << program << ": " << what;
     }
