@@ -1,9 +1,6 @@
 #include "base/poll.h"
 
-#include <csignal>
-
 #include <gtest/gtest.h>
-#include <sys/time.h>
 
 namespace kesto {
 namespace {
@@ -30,20 +27,6 @@ TEST(PollUntil, TakesAnyTimeout) {
   EXPECT_FALSE(pollUntil([&looks] { return ++looks < 0; }, std::chrono::milliseconds::min()));
   EXPECT_EQ(looks, 2);
   EXPECT_TRUE(pollUntil([&looks] { return ++looks == 5; }, std::chrono::milliseconds::max()));
-}
-
-TEST(PollUntil, OutlivesASignalEveryMillisecond) {
-  std::signal(SIGALRM, [](int) {});
-  const itimerval everyMillisecond{.it_interval = {0, 1000}, .it_value = {0, 1000}};
-  setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
-  int looks = 0;
-  const auto start = steady_clock::now();
-  EXPECT_FALSE(pollUntil([&looks] { return ++looks < 0; }, 300ms));
-  const auto waited = steady_clock::now() - start;
-  const itimerval off{};
-  setitimer(ITIMER_REAL, &off, nullptr);
-  std::signal(SIGALRM, SIG_DFL);
-  EXPECT_GE(waited, 300ms);
 }
 
 }  // namespace

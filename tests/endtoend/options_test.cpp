@@ -51,6 +51,11 @@ TEST(Options, AFullBleedPaperIsCoveredToItsEdgesAtEveryResolution) {
   }
 }
 
+TEST(Pages, AreAccountedInTheLog) {
+  const Outcome outcome = runFilter({.document = "page copies=3\npage copies=2\n"});
+  EXPECT_EQ(outcome.linesWith("PAGE:"), (std::vector<std::string>{"PAGE: 1 3", "PAGE: 2 2"}));
+}
+
 TEST(Options, MaximaThatLeaveNoPaperEndACustomJobBeforeItsFirstByte) {
   const TemporaryFolder folder;
   for (const char* maxima : {"*MaxMediaWidth: \"0\"\n*MaxMediaHeight: \"1008\"\n",

@@ -1,5 +1,4 @@
 // The steps of the job that stand alone. What they make of a job is pinned by the digests of whole jobs.
-#include <bit>
 #include <numeric>
 
 #include <gtest/gtest.h>
@@ -10,7 +9,6 @@
 #include "filter/jobstate.h"
 #include "filter/strips/imagethread.h"
 #include "filter/strips/tagplane.h"
-#include "filter/util.h"
 
 namespace kesto {
 namespace {
@@ -84,11 +82,6 @@ TEST(PdfInspector, ReportsSuccessAndDeliversNoPages) {
   EXPECT_EQ(getTotalPDFPages(), 3);
   pdfDestroyPages(&pages);
   EXPECT_EQ(pages, nullptr);
-}
-
-TEST(SwapFloat, GivesLittleEndianBytes) {
-  const auto bytes = std::bit_cast<std::array<std::uint8_t, 4>>(swapFloat(1.0f));
-  EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0x00, 0x00, 0x80, 0x3F}));
 }
 
 }  // namespace

@@ -55,7 +55,8 @@ std::string show(const char* text) {
   return '"' + std::string(text) + '"';
 }
 
-std::string show(const JobSetting& setting, const MediaSize& size) {
+std::string showPaper(const JobSetting& setting) {
+  const MediaSize& size = setting.mediaSize;
   std::ostringstream text;
   if (setting.mediaSizeType == MEDIA_SIZE_ENUMERATED) text << size.mediaSizeId;
   if (setting.mediaSizeType == MEDIA_SIZE_NAMED) text << '"' << size.mediaSizeName << '"';
@@ -68,32 +69,18 @@ std::string show(const JobSetting& setting, const MediaSize& size) {
 
 Fields fieldsOf(const JobSetting& s) {
   const auto number = [](auto value) { return std::to_string(value); };
-  return {{"paper", show(s, s.mediaSize)},
-          {"pageMode", show(s.pageMode)},
-          {"duplex", show(s.duplex)},
-          {"binding", show(s.binding)},
-          {"printQuality", show(s.printQuality)},
-          {"mediaType", show(s.mediaType)},
-          {"mediaSource", number(s.mediaSource)},
-          {"resolution", number(s.resolution)},
-          {"colorModel", show(s.colorModel)},
-          {"isColor", number(s.isColor)},
-          {"collation", show(s.collation)},
-          {"copies", number(s.copies)},
-          {"dryTime", show(s.duplexDryTime)},
-          {"tonersave", show(s.tonersave)},
-          {"halftone", show(s.halftone)},
-          {"sharpen", show(s.sharpen)},
-          {"colorPreference", show(s.colorPreference)},
-          {"inkToUse", show(s.inkToUse)},
-          {"colorOutput", show(s.colorOutput)},
-          {"improvement", show(s.improvementSettings)},
-          {"ghosting", show(s.ghosting)},
-          {"printDensity", show(s.printDensity)},
-          {"mirror", number(s.mirror)},
-          {"threshold", number(s.threshold)},
-          {"reverseOrder", number(s.reverseOrder)},
-          {"orientation", number(s.orientation)}};
+  // clang-format off
+  return {{"paper", showPaper(s)}, {"pageMode", show(s.pageMode)}, {"duplex", show(s.duplex)},
+          {"binding", show(s.binding)}, {"printQuality", show(s.printQuality)}, {"mediaType", show(s.mediaType)},
+          {"mediaSource", number(s.mediaSource)}, {"resolution", number(s.resolution)},
+          {"colorModel", show(s.colorModel)}, {"isColor", number(s.isColor)}, {"collation", show(s.collation)},
+          {"copies", number(s.copies)}, {"dryTime", show(s.duplexDryTime)}, {"tonersave", show(s.tonersave)},
+          {"halftone", show(s.halftone)}, {"sharpen", show(s.sharpen)}, {"colorPreference", show(s.colorPreference)},
+          {"inkToUse", show(s.inkToUse)}, {"colorOutput", show(s.colorOutput)},
+          {"improvement", show(s.improvementSettings)}, {"ghosting", show(s.ghosting)},
+          {"printDensity", show(s.printDensity)}, {"mirror", number(s.mirror)}, {"threshold", number(s.threshold)},
+          {"reverseOrder", number(s.reverseOrder)}, {"orientation", number(s.orientation)}};
+  // clang-format on
 }
 
 /// "Option=Choice; *Keyword: value" as a PPD, each option with that one choice as its default.

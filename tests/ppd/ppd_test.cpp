@@ -101,14 +101,6 @@ TEST_F(Ppd, SaysWhichChoicesDoNotBelongTogether) {
     cupsFreeOptions(count, options);
     EXPECT_EQ(ppdConflicts(ppd_.get()) > 0, conflict) << choices;
   }
-  for (int i = 0; i < ppd_->num_sizes; ++i) {
-    const ppd_size_t& size = ppd_->sizes[i];
-    ppdMarkDefaults(ppd_.get());
-    ppdMarkOption(ppd_.get(), "cupsPrintQuality", "Draft");
-    ppdMarkOption(ppd_.get(), "Resolution", "150dpi");
-    ppdMarkOption(ppd_.get(), "PageSize", size.name);
-    EXPECT_EQ(ppdConflicts(ppd_.get()) > 0, size.left > 0) << size.name;
-  }
 }
 
 TEST_F(Ppd, PassesTheSpoolersOwnCheckWithoutARemark) {
