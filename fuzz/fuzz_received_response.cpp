@@ -1,4 +1,5 @@
-// Blocks of bytes, as a printer sends them, through the reassembly and on to what would be reported.
+// Blocks of bytes, as a printer sends them, through the reassembly and on to what would be reported; and the whole of
+// them as one response through the alert parser.
 #include <algorithm>
 #include <cstdint>
 #include <span>
@@ -11,7 +12,45 @@
 
 namespace {
 
+using kesto::fuzz::note;
 using kesto::fuzz::require;
+
+void requireText(std::span<const char> text) {
+  require(std::ranges::find(text, '\0') != text.end());
+}
+
+void requireSound(const kesto::PSSDALERTINFO& alert, std::size_t responseSize) {
+  requireText(alert.text_1_4_9);
+  requireText(alert.text_1_4_10);
+  require(alert.entryCount >= 0 && static_cast<std::size_t>(alert.entryCount) <= responseSize);
+  for (const std::uint64_t item : {alert.item_1_1, alert.item_1_2_1, alert.item_1_2_2, alert.item_1_3, alert.item_1_4_2,
+                                   alert.item_1_4_3, alert.item_4}) {
+    note(static_cast<std::int64_t>(item));
+  }
+  note(std::int64_t{alert.alertType});
+  note(alert.text_1_4_9);
+  note(alert.text_1_4_10);
+  for (const auto& entry : std::span(alert.entries, static_cast<std::size_t>(alert.entryCount))) {
+    requireText(entry.text);
+    note(static_cast<std::int64_t>(entry.value));
+    note(entry.text);
+  }
+  note(alertText(alert));
+  for (const char c : alertText(alert)) require(static_cast<std::uint8_t>(c) >= 0x20 && c != 0x7F);
+}
+
+/// A response through the alert parser.
+void parseAlerts(std::vector<std::uint8_t> response) {
+  kesto::PSSDALERTINFO* records = nullptr;
+  std::int32_t count = -1;
+  response.resize(kesto::VALID_BUFFER_SIZE);
+  const auto result = kesto::GetExtAlertInformation(response.data(), 0, records, count);
+  require(result == 0 ? records != nullptr && count > 0 : records == nullptr && count == 0);
+  require(static_cast<std::size_t>(count) <= response.size());
+  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) requireSound(alert, response.size());
+  note(count);
+  kesto::releaseAlerts(records, count);
+}
 
 void startReassembly() {
   kesto::validBuffer = {};
@@ -19,15 +58,6 @@ void startReassembly() {
   kesto::firstresponse = 1;
   kesto::validBufferCount = 0;
   kesto::firstResponseBufferCount = 0;
-}
-
-void readAlerts(std::int32_t length) {
-  kesto::PSSDALERTINFO* records = nullptr;
-  std::int32_t count = 0;
-  static_cast<void>(
-      kesto::GetExtAlertInformation(kesto::validBuffer.data(), static_cast<std::uint32_t>(length), records, count));
-  for (const auto& alert : std::span(records, static_cast<std::size_t>(count))) require(!alertText(alert).empty());
-  kesto::releaseAlerts(records, count);
 }
 
 void receive(const std::vector<std::uint8_t>& block) {
@@ -42,11 +72,11 @@ void receive(const std::vector<std::uint8_t>& block) {
   for (const std::int32_t number :
        {std::int32_t{complete}, done, length, kesto::validBufferCount, kesto::firstResponseBufferCount,
         std::int32_t{kesto::setContinueFlag}, std::int32_t{kesto::firstresponse}}) {
-    kesto::fuzz::note(number);
+    note(number);
   }
-  kesto::fuzz::note(kesto::validBuffer);
+  note(kesto::validBuffer);
   if (!complete) return;
-  readAlerts(length);
+  parseAlerts({kesto::validBuffer.begin(), kesto::validBuffer.end()});
   kesto::validBuffer = {};
 }
 
@@ -57,14 +87,15 @@ void requireRequest(std::span<const std::uint8_t> command) {
   const bool sent = kesto::AssembleNPACommand(command.data(), request.data(), length) == std::ssize(request);
   require(sent == (command.data() != nullptr));
   require(!sent || std::ranges::equal(command, std::span(request).subspan(kesto::NETWORK_HEADER_SIZE)));
-  kesto::fuzz::note(kesto::isAckIDValid(command));
-  if (sent) kesto::fuzz::note(request);
+  note(kesto::isAckIDValid(command));
+  if (sent) note(request);
   require(!kesto::isAckIDValid(command) || command.size() >= kesto::NETWORK_ANSWER_OFFSET);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  parseAlerts({data, data + size});
   startReassembly();
   requireRequest({data, size});
   // Two bytes of length before each block; the last block is what is left.

@@ -19,6 +19,7 @@
 #include "codec/wicket.h"
 #include "fuzz/bandcoder.h"
 #include "kestojob/reader/wicketcode.h"
+#include "support/digest.h"
 #include "support/hex.h"
 
 namespace kesto {
@@ -72,11 +73,9 @@ TEST(Tables, CanBeScaledAndPrinted) {
   ASSERT_TRUE(writeTables(path.c_str(), codec.coder.get()));
   std::ifstream file(path);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_EQ(std::ranges::count(text, '\n'), 2 * (1 + 12 + 162));
-  for (const char* line : {"luma\n", "\nDC 11 9 111111110\n", "\nAC 0/0 4 1010\n", "\nAC 15/10 16 1111111111111110\n",
-                           "chroma\n", "\nDC 11 11 11111111110\n", "\nAC 15/0 10 1111111010\n"}) {
-    EXPECT_NE(text.find(line), std::string::npos) << line;
-  }
+  test::Digest digest;
+  digest.add(text);
+  EXPECT_EQ(digest.text(), "8219e7aee3ae2779") << text.substr(0, 200);
   const Bytes bytes = {0, 255, 10};
   EXPECT_TRUE(__dump_data(path.c_str(), bytes.data(), 3));
   std::ifstream dump(path, std::ios::binary);

@@ -17,7 +17,6 @@
 #include "support/hex.h"
 #include "support/jobparser.h"
 #include "support/process.h"
-#include "support/sanitized.h"
 
 namespace kesto::test {
 namespace {
@@ -166,25 +165,6 @@ TEST(Program, DrawsPagesTagsAndSheets) {
       call({"pages", "-", "-o", folder.path(), "--scale", "1/8"}, Bytes(job.begin(), job.end() - 100));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_TRUE(std::filesystem::exists(folder.path() + "/page-0001.png"));
-}
-
-TEST(Program, TakesNoMoreMemoryForALongJob) {
-  if (SANITIZED) GTEST_SKIP() << "a sanitizer's own memory drowns the program's";
-  const TemporaryFolder folder;
-  const Bytes bytes = readFile(pathOf(1));
-  const std::string job(bytes.begin(), bytes.end());
-  const std::size_t start = job.find(std::string_view("\xC0\x00\xF8\x28", 4)), end = job.size() - 46;
-  ASSERT_NE(start, std::string::npos);
-  const std::string large = folder.path() + "/large.prn";
-  std::ofstream file(large, std::ios::binary);  // piece by piece: a program starts with the memory of its parent
-  file << job.substr(0, start);
-  for (int i = 0; i < 20000; ++i) file << job.substr(start, end - start);
-  file << job.substr(end);
-  file.close();
-  const Outcome outcome = call({"check", large});
-  EXPECT_EQ(outcome.status, 0) << outcome.log;
-  EXPECT_GT(std::filesystem::file_size(large), 3'000'000u);
-  EXPECT_LE(outcome.peakMemory, 10 * 1024) << "KiB";
 }
 
 }  // namespace

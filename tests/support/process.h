@@ -78,8 +78,6 @@ class Process {
   /// Waits for the end.
   Outcome finish();
   [[nodiscard]] int pid() const { return pid_; }
-  /// The writing end of descriptor 3.
-  [[nodiscard]] int backChannel() const { return backChannel_; }
 
  private:
   void readSome(int waitMs);
