@@ -138,9 +138,7 @@ TEST(FastBand, TakesTheBandsOfJobsInTheRoomThatJobsGiveThem) {
   EXPECT_FALSE(isFast(asIs, 3, 2));
   EXPECT_FALSE(isFast(asIs, 1));
   EXPECT_FALSE(isFast([](auto& settings, auto&) { setSampleType(SAMPLE_TYPE_444, &settings); }));
-  EXPECT_FALSE(isFast([](auto& settings, auto&) { clearUseDeltaDC(&settings); }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.bitCount = 3; }));
-  EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.category[9] = 3; }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.lumaCodes.dcCodes[3].code |= 0x80; }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { clearByteStuffing(&coder); }));
 }

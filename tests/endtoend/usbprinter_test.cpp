@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
-#include "support/hex.h"
 
 namespace kesto::test {
 namespace {
@@ -67,10 +66,6 @@ TEST(UsbPrinter, IsHeardInPiecesAndNotWhenItHasNothingToReport) {
   };
   const Bytes reference = printOn(TINY, {"--fault", "silent"}, {});
   for (const auto& [printer, warnings] : cases) EXPECT_TRUE(printOn(TINY, printer, warnings) == reference);
-  EXPECT_EQ(
-      hex(std::span(reference).first(72)),
-      "A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E A5 00 0F 50 E0 73 07 08 00 00 01 00 00 00 00 00 01 00 "
-      "A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E A5 00 0D 50 E0 73 03 08 00 00 01 00 00 00 00 00");
 }
 
 TEST(UsbPrinter, ThatIsNotThereHoldsTheJobForASecondAndDoesNotSpin) {

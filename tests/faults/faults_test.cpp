@@ -49,20 +49,17 @@ constexpr char PAGES[] = "arguments\npage pattern=noise\npage height=24 pattern=
 /// With a pause, so that the printer's answer comes while the job runs.
 constexpr char SLOW_PAGES[] = "page pattern=noise\nsleep ms=60\npage pattern=text\n";
 
-const std::vector<JobKind>& jobKinds() {
-  static const std::vector<JobKind> KINDS = {
-      {"Colour", {.document = PAGES, .options = "TonerSave=On ColorOutput=Mono", .onStandardInput = true}},
-      {"Grey",
-       {.document = "page bits=8 width=50 pattern=gradient\n", .options = "media=Custom.100x200mm", .copies = "2"}},
-      {"DuplexCopies",
-       {.document = "page duplex=1 pattern=noise\npage duplex=1 pattern=text\npage duplex=1 height=16\n",
-        .options = "sides=two-sided-long-edge improve=wrinkleFix",
-        .copies = "2"}},
-      {"Usb", {.document = SLOW_PAGES, .deviceUri = "usb://Kesto/Page"}, "Cover open"},
-      {"Network", {.document = SLOW_PAGES, .deviceUri = "socket://"}, "Paper jam"},
-  };
-  return KINDS;
-}
+const JobKind KINDS[] = {
+    {"Colour", {.document = PAGES, .options = "TonerSave=On ColorOutput=Mono", .onStandardInput = true}},
+    {"Grey",
+     {.document = "page bits=8 width=50 pattern=gradient\n", .options = "media=Custom.100x200mm", .copies = "2"}},
+    {"DuplexCopies",
+     {.document = "page duplex=1 pattern=noise\npage duplex=1 pattern=text\npage duplex=1 height=16\n",
+      .options = "sides=two-sided-long-edge improve=wrinkleFix",
+      .copies = "2"}},
+    {"Usb", {.document = SLOW_PAGES, .deviceUri = "usb://Kesto/Page"}, "Cover open"},
+    {"Network", {.document = SLOW_PAGES, .deviceUri = "socket://"}, "Paper jam"},
+};
 
 /// How the calls of a family fail, and the beginnings of the messages that may come of it.
 struct Fault {
@@ -83,45 +80,42 @@ constexpr char NO_FILE[] = "Unable to copy PDF file|Unable to read the options|U
 constexpr char NO_READ[] = "Unable to copy PDF file|Unable to read the (options|pages)";
 constexpr char NO_WRITE[] = "Unable to copy PDF file|Unable to write the print data";
 
-const std::vector<Fault>& faults() {
-  static const std::vector<Fault> FAULTS = {
-      {"NoMemoryOnce", "malloc", ENOMEM, NO_MEMORY},
-      {"NoMemoryAnyMore", "malloc", ENOMEM, NO_MEMORY, true},
-      {"NoObjectOnce", "new", ENOMEM, NO_MEMORY},
-      {"NoObjectAnyMore", "new", ENOMEM, NO_MEMORY, true},
-      {"OpenTooMany", "open", EMFILE, NO_FILE},
-      {"OpenDamaged", "open", EIO, NO_FILE},
-      {"ReadDamaged", "read", EIO, NO_READ},
-      {"ReadInterrupted", "read", EINTR, SURVIVED},
-      {"ReadNothingYet", "read", EAGAIN, SURVIVED},
-      {"ReadShort", "read", 0, SURVIVED},
-      {"WriteDamaged", "write", EIO, NO_WRITE},
-      {"WriteFull", "write", ENOSPC, NO_WRITE},
-      {"WriteInterrupted", "write", EINTR, SURVIVED},
-      {"WriteNothingYet", "write", EAGAIN, SURVIVED},
-      {"WriteShort", "write", 0, SURVIVED},
-      {"Pipe", "pipe", EMFILE, "Unable to create pipe"},
-      {"Dup", "dup", EMFILE, "Unable to create pipe|Unable to exec pdftoraster", false, 0},
-      {"ForkTooMany", "fork", EAGAIN, "Unable to fork pdftoraster"},
-      {"ForkNoMemory", "fork", ENOMEM, "Unable to fork pdftoraster"},
-      {"ExecNoMemory", "exec", ENOMEM, "Unable to exec pdftoraster", false, 0},
-      {"ExecDamaged", "exec", EIO, "Unable to exec pdftoraster", false, 0},
-      {"Thread", "thread", EAGAIN, "Unable to (ran|start)"},
-      {"PollNoMemory", "poll", ENOMEM, "Unable to copy PDF file|Unable to read the pages"},
-      {"PollInterrupted", "poll", EINTR, SURVIVED},
-      {"WaitInterrupted", "wait", EINTR, SURVIVED},
-      {"UnlinkOnce", "unlink", EIO, SURVIVED, false, 1, "Colour"},
-      {"SocketTooMany", "socket", EMFILE, SURVIVED, false, 1, "Network"},
-      {"ConnectRefused", "connect", ECONNREFUSED, SURVIVED, false, 1, "Network"},
-      {"SendRefused", "send", ECONNREFUSED, SURVIVED, false, 1, "Network"},
-      {"SendInterrupted", "send", EINTR, SURVIVED, false, 1, "Network"},
-      {"SendShort", "send", 0, SURVIVED, false, 1, "Network"},
-      {"ReceiveRefused", "recv", ECONNREFUSED, SURVIVED, false, 1, "Network"},
-      {"ReceiveNothingYet", "recv", EAGAIN, SURVIVED, false, 1, "Network"},
-      {"ReceiveShort", "recv", 0, SURVIVED, false, 1, "Network"},
-  };
-  return FAULTS;
-}
+const Fault FAULTS[] = {
+    {"NoMemoryOnce", "malloc", ENOMEM, NO_MEMORY},
+    {"NoMemoryAnyMore", "malloc", ENOMEM, NO_MEMORY, true},
+    {"NoObjectOnce", "new", ENOMEM, NO_MEMORY},
+    {"NoObjectAnyMore", "new", ENOMEM, NO_MEMORY, true},
+    {"OpenTooMany", "open", EMFILE, NO_FILE},
+    {"OpenDamaged", "open", EIO, NO_FILE},
+    {"ReadDamaged", "read", EIO, NO_READ},
+    {"ReadInterrupted", "read", EINTR, SURVIVED},
+    {"ReadNothingYet", "read", EAGAIN, SURVIVED},
+    {"ReadShort", "read", 0, SURVIVED},
+    {"WriteDamaged", "write", EIO, NO_WRITE},
+    {"WriteFull", "write", ENOSPC, NO_WRITE},
+    {"WriteInterrupted", "write", EINTR, SURVIVED},
+    {"WriteNothingYet", "write", EAGAIN, SURVIVED},
+    {"WriteShort", "write", 0, SURVIVED},
+    {"Pipe", "pipe", EMFILE, "Unable to create pipe"},
+    {"Dup", "dup", EMFILE, "Unable to create pipe|Unable to exec pdftoraster", false, 0},
+    {"ForkTooMany", "fork", EAGAIN, "Unable to fork pdftoraster"},
+    {"ForkNoMemory", "fork", ENOMEM, "Unable to fork pdftoraster"},
+    {"ExecNoMemory", "exec", ENOMEM, "Unable to exec pdftoraster", false, 0},
+    {"ExecDamaged", "exec", EIO, "Unable to exec pdftoraster", false, 0},
+    {"Thread", "thread", EAGAIN, "Unable to (ran|start)"},
+    {"PollNoMemory", "poll", ENOMEM, "Unable to copy PDF file|Unable to read the pages"},
+    {"PollInterrupted", "poll", EINTR, SURVIVED},
+    {"WaitInterrupted", "wait", EINTR, SURVIVED},
+    {"UnlinkOnce", "unlink", EIO, SURVIVED, false, 1, "Colour"},
+    {"SocketTooMany", "socket", EMFILE, SURVIVED, false, 1, "Network"},
+    {"ConnectRefused", "connect", ECONNREFUSED, SURVIVED, false, 1, "Network"},
+    {"SendRefused", "send", ECONNREFUSED, SURVIVED, false, 1, "Network"},
+    {"SendInterrupted", "send", EINTR, SURVIVED, false, 1, "Network"},
+    {"SendShort", "send", 0, SURVIVED, false, 1, "Network"},
+    {"ReceiveRefused", "recv", ECONNREFUSED, SURVIVED, false, 1, "Network"},
+    {"ReceiveNothingYet", "recv", EAGAIN, SURVIVED, false, 1, "Network"},
+    {"ReceiveShort", "recv", 0, SURVIVED, false, 1, "Network"},
+};
 
 struct CallCount {
   std::uint32_t calls = 0;
@@ -173,10 +167,7 @@ class EveryCall : public testing::TestWithParam<FaultyJob> {
  protected:
   EveryCall() : kind_(GetParam().kind), fault_(GetParam().fault) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    if (kind_.call.deviceUri == "socket://") startPrinter();
-  }
-
-  void startPrinter() {
+    if (kind_.call.deviceUri != "socket://") return;
     printer_.emplace(std::vector<std::string>{"--error", kind_.warning});
     kind_.call.deviceUri += printer_->address();
   }
@@ -276,8 +267,8 @@ TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
 
 std::vector<FaultyJob> faultyJobs() {
   std::vector<FaultyJob> pairs;
-  for (const JobKind& kind : jobKinds()) {
-    for (const Fault& fault : faults()) {
+  for (const JobKind& kind : KINDS) {
+    for (const Fault& fault : FAULTS) {
       if (*fault.onlyIn == '\0' || fault.onlyIn == std::string(kind.name)) pairs.push_back({kind, fault});
     }
   }

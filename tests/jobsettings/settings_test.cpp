@@ -195,20 +195,6 @@ TEST_F(Settings, KeepWhatWasGivenOutWhenOtherTicketsAndPpdsFollow) {
   EXPECT_EQ(resolveOption("", "DupDryTime"), nullptr);
 }
 
-TEST_F(Settings, TakeAPpdThatIsCutAnywhereAsFarAsItGoesOrNotAtAll) {
-  const std::string whole = ppdOf("PageSize=Legal; *MaxMediaWidth: \"842\"");
-  testing::internal::CaptureStderr();
-  for (std::size_t length = 0; length <= whole.size(); ++length) {
-    usePpd(whole.substr(0, length) + "\n");
-    reopenPpd();
-    const char* size = ppdDefaultChoice("PageSize");
-    EXPECT_TRUE(size == nullptr || std::string("Legal").starts_with(size)) << length;
-  }
-  EXPECT_EQ(getIntAttrFromPPD(jobPpd(), "MaxMediaWidth", 612), 842);
-  EXPECT_EQ(getIntAttrFromPPD(nullptr, "MaxMediaWidth", 612), 612);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 TEST(JobDate, CountsDaysAndFractionsInThirtyTwoBits) {
   const std::pair<std::time_t, float> dates[] = {
       {1794861480, 46342.859375F},                       // 2026-11-16 20:38:00

@@ -1,10 +1,8 @@
 // The texts of alerts in the log. What becomes of a response, item by item, is pinned by the replayed fuzz inputs.
-#include <array>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "npa/NpaParser.h"
 #include "npa/alerttext.h"
 
 namespace kesto {
@@ -26,24 +24,6 @@ TEST(PrintableText, LetsOnlyTextThrough) {
       {"", ""},
   };
   for (const auto& [sent, printed] : texts) EXPECT_EQ(printableText(sent), printed);
-}
-
-TEST(AlertText, IsTheFirstThatSaysSomething) {
-  std::array<AlertEntry, 2> entries{};
-  PSSDALERTINFO alert;
-  EXPECT_EQ(alertText(alert), "Printer reports an error");
-  decodeString("ten", alert.text_1_4_10);
-  EXPECT_EQ(alertText(alert), "ten");
-  decodeString("nine", alert.text_1_4_9);
-  EXPECT_EQ(alertText(alert), "nine");
-  alert.entries = entries.data();
-  alert.entryCount = 2;
-  decodeString("second", entries[1].text);
-  EXPECT_EQ(alertText(alert), "nine") << "the second entry is not asked";
-  decodeString(" \r\n", entries[0].text);
-  EXPECT_EQ(alertText(alert), "nine");
-  decodeString("first\nERROR: forged", entries[0].text);
-  EXPECT_EQ(alertText(alert), "first ERROR: forged");
 }
 
 }  // namespace

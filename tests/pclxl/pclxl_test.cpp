@@ -1,4 +1,4 @@
-// The encoders that no job calls, and the names of what the others write.
+// The encoders that no job calls; the others are seen in every job.
 #include "pclxl/pclxl.h"
 
 #include <functional>
@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include "pclxl/xlnames.h"
 #include "support/hex.h"
 
 namespace kesto {
@@ -48,17 +47,6 @@ TEST(Pclxl, WritesTheElementsThatNoJobHas) {
     outputXLAttrByteArray(sink, 0x27, longest.data(), static_cast<std::uint16_t>(count));
     EXPECT_TRUE(written.starts_with(header)) << written.substr(0, 20);
   }
-}
-
-TEST(XlNames, NameJustWhatTheFilterWrites) {
-  EXPECT_EQ(xl::operatorName(0xB1), "ReadImage");
-  EXPECT_EQ(xl::operatorName(0x40), "operator0x40");
-  EXPECT_EQ(xl::operatorName(0xFF), "");
-  EXPECT_EQ(xl::attributeName(0xED), "BorderType");
-  EXPECT_EQ(xl::attributeName(0xFA), "attribute0xFA");
-  EXPECT_EQ(xl::attributeName(0x00), "");
-  EXPECT_EQ(xl::valueName(0x65, 247), "eTbrleCompression");
-  EXPECT_EQ(xl::valueName(0x65, 0), "");
 }
 
 }  // namespace

@@ -84,14 +84,10 @@ TEST_F(Ppd, SaysWhichChoicesDoNotBelongTogether) {
       {"Resolution=300dpi cupsPrintQuality=Normal", true},
       {"Resolution=300dpi cupsPrintQuality=High", true},
       {"Resolution=600dpi cupsPrintQuality=Draft", true},
-      {"Resolution=150dpi cupsPrintQuality=Draft PageSize=A4.FullBleed", false},
-      {"Resolution=150dpi cupsPrintQuality=Normal PageSize=A4.FullBleed", true},
-      {"Resolution=150dpi cupsPrintQuality=Draft PageSize=Custom.300x500", true},
       {"Duplex=DuplexNoTumble MediaType=Labels", true},
       {"Duplex=DuplexTumble PageSize=EnvDL", true},
       {"MediaType=Envelope PageSize=EnvDL", false},
       {"ColorModel=Gray ColorPreferences=Vivid", true},
-      {"ColorModel=Gray ColorOutput=GrayScale", false},
   };
   for (const auto& [choices, conflict] : cases) {
     cups_option_t* options = nullptr;

@@ -18,9 +18,8 @@ class PrivateSpooler {
   /// Why no spooler can be started here; empty when one can.
   [[nodiscard]] static std::string unavailable();
 
-  /// Starts the spooler, with `filter` copied to the filters as pdftokesto and the virtual printer to the backends as
-  /// usb, and waits until it answers. Throws when it
-  /// does not.
+  /// Starts the spooler, with `filter` among its filters and the virtual printer as the backend usb, and waits until it
+  /// answers. Throws when it does not.
   explicit PrivateSpooler(const std::string& filter);
   PrivateSpooler(const PrivateSpooler&) = delete;
   PrivateSpooler& operator=(const PrivateSpooler&) = delete;
