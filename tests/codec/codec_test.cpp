@@ -2,8 +2,6 @@
 // the digests of whole jobs.
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -20,6 +18,7 @@
 #include "fuzz/bandcoder.h"
 #include "kestojob/reader/wicketcode.h"
 #include "support/digest.h"
+#include "support/file.h"
 #include "support/hex.h"
 
 namespace kesto {
@@ -71,15 +70,13 @@ TEST(Tables, CanBeScaledAndPrinted) {
   codec.prepare(0, 16);
   const std::string path = testing::TempDir() + "codetables." + std::to_string(getpid());
   ASSERT_TRUE(writeTables(path.c_str(), codec.coder.get()));
-  std::ifstream file(path);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const std::string text = test::contentOf(path);
   test::Digest digest;
   digest.add(text);
   EXPECT_EQ(digest.text(), "8219e7aee3ae2779") << text.substr(0, 200);
   const Bytes bytes = {0, 255, 10};
   EXPECT_TRUE(__dump_data(path.c_str(), bytes.data(), 3));
-  std::ifstream dump(path, std::ios::binary);
-  EXPECT_EQ(Bytes(std::istreambuf_iterator<char>(dump), {}), bytes);
+  EXPECT_EQ(test::contentOf<Bytes>(path), bytes);
   EXPECT_FALSE(writeTables("/no/such/folder/file", codec.coder.get()));
   EXPECT_FALSE(__dump_data("/dev/full", bytes.data(), 3));
   unlink(path.c_str());

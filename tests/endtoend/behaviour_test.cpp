@@ -1,12 +1,11 @@
 // How the filter behaves when something is wrong: its messages, its exit status, and that nothing is left behind.
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
+#include "support/file.h"
 
 namespace kesto::test {
 namespace {
@@ -26,8 +25,7 @@ std::string encryptedPdf() {
                                           "-sOwnerPassword=o", "-o", path, "-c", "showpage"},
                             .environment = {{"PATH", "/usr/bin:/bin"}}});
   EXPECT_EQ(made.status, 0) << made.log;
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  return contentOf(path);
 }
 
 TEST(Behaviour, AnUnprintableDocumentGivesAJobWithoutPagesAndOneClearError) {

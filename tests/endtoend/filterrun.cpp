@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "base/poll.h"
+#include "support/file.h"
 
 namespace kesto::test {
 namespace {
@@ -20,9 +19,7 @@ constexpr char FOLDER_VARIABLE[] = "KESTO_TEST_FOLDER";
 int processesWith(const std::string& marker) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    std::ifstream stream(entry.path() / "environ", std::ios::binary);
-    const std::string environment{std::istreambuf_iterator<char>(stream), {}};
-    if (environment.find(marker) != std::string::npos) ++count;
+    if (contentOf(entry.path() / "environ").find(marker) != std::string::npos) ++count;
   }
   return count;
 }

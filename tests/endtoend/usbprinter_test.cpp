@@ -1,11 +1,10 @@
 // A USB printer that answers after it has been asked: it is heard whenever it has something to report, however small
 // the job and whatever pieces its answer comes in, and the job is the same with and without it.
-#include <fstream>
-#include <iterator>
 
 #include <gtest/gtest.h>
 
 #include "endtoend/filterrun.h"
+#include "support/file.h"
 
 namespace kesto::test {
 namespace {
@@ -34,8 +33,7 @@ Bytes printOn(const std::string& document, const Strings& printer, const Strings
   EXPECT_EQ(outcome.status, 0) << outcome.log;
   EXPECT_EQ(outcome.linesWith("WARNING:"), warnings) << testing::PrintToString(printer) << outcome.log;
   expectNothingLeft(folder);
-  std::ifstream file(folder.path() + "/job-0001.prn", std::ios::binary);
-  const Bytes job{std::istreambuf_iterator<char>(file), {}};
+  const auto job = contentOf<Bytes>(folder.path() + "/job-0001.prn");
   EXPECT_EQ(faultOf(job), "");
   return withoutDate(job);
 }

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 
 #include <gtest/gtest.h>
 #include <png.h>
 
 #include "support/digest.h"
+#include "support/file.h"
 #include "support/hex.h"
 #include "support/jobparser.h"
 #include "support/process.h"
@@ -22,11 +22,6 @@ std::string pathOf(int number) {
   return KESTO_KEPT_JOBS "/job" + std::to_string(number);
 }
 constexpr int JOBS = 6;
-
-Bytes readFile(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 Outcome call(std::vector<std::string> arguments, const Bytes& input = {}) {
   arguments.insert(arguments.begin(), "kestojob");
@@ -51,13 +46,13 @@ TEST(Program, ListsAndChecks) {
     for (const char* option : {"--json", ""}) {
       std::vector<std::string> arguments = {"list", "-", option};
       if (*option == '\0') arguments.pop_back();
-      const Outcome outcome = call(arguments, readFile(pathOf(number)));
+      const Outcome outcome = call(arguments, contentOf<Bytes>(pathOf(number)));
       EXPECT_EQ(outcome.status, 0) << outcome.log;
       digest.add(outcome.output);
     }
   }
   EXPECT_EQ(digest.text(), "8aa233bda9a77822");
-  const Bytes job = readFile(pathOf(0));
+  const Bytes job = contentOf<Bytes>(pathOf(0));
   const Outcome good = call({"check", "-"}, job);
   EXPECT_EQ(std::string(good.output.begin(), good.output.end()),
             "-: good: 1 page, 2 strips, " + std::to_string(job.size()) + " bytes\n");
@@ -116,7 +111,7 @@ TEST(Program, DrawsPagesTagsAndSheets) {
   }
   EXPECT_EQ(digest.text(), "c5bf4599ca0f8bc3");
   // A faulty page is shown as far as it goes.
-  const Bytes job = readFile(pathOf(0));
+  const Bytes job = contentOf<Bytes>(pathOf(0));
   const Outcome outcome =
       call({"pages", "-", "-o", folder.path(), "--scale", "1/8"}, Bytes(job.begin(), job.end() - 100));
   EXPECT_EQ(outcome.status, 1);

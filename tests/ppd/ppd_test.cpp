@@ -12,6 +12,7 @@
 #include "jobsettings/jobsettings.h"
 #include "jobsettings/optionvalues.h"
 #include "jobsettings/papersize.h"
+#include "support/file.h"
 #include "support/process.h"
 
 // CUPS marks its PPD interface as deprecated for clients; a dialog that shows a PPD's options has no other one.
@@ -108,8 +109,7 @@ TEST_F(Ppd, PassesTheSpoolersOwnCheckWithoutARemark) {
 }
 
 TEST_F(Ppd, ShowsEveryTextInEveryLanguage) {
-  std::ifstream ppd(KESTO_PPD);
-  const std::string text{std::istreambuf_iterator<char>(ppd), {}};
+  const std::string text = contentOf(KESTO_PPD);
   for (const std::string language : {"de", "es", "fr", "ja"}) {
     std::ifstream catalogue(std::string(KESTO_CATALOGUES) + "/kesto-" + language + ".po");
     std::set<std::string> translated;
@@ -123,7 +123,9 @@ TEST_F(Ppd, ShowsEveryTextInEveryLanguage) {
     }
     // English texts follow the keyword of an option, a group or a choice.
     const std::regex shown("(?:^|\n)\\*(?:OpenUI \\*|OpenGroup: )?\\w+(?: [^\n/.:]+)?/([^\n:]+)");
-    for (std::sregex_iterator match(text.begin(), text.end(), shown), end; match != end; ++match) {
+    const std::sregex_iterator first(text.begin(), text.end(), shown), end;
+    EXPECT_GT(std::distance(first, end), 150);
+    for (auto match = first; match != end; ++match) {
       EXPECT_TRUE(translated.contains((*match)[1])) << language << " lacks \"" << (*match)[1] << '"';
     }
   }

@@ -1,7 +1,6 @@
 // The filter at home in a real queue: a private spooler, its own PDF filter and backend, and a printer at the far end.
 #include <algorithm>
 #include <chrono>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <regex>
@@ -9,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/file.h"
 #include "support/jobparser.h"
 #include "support/pdf.h"
 #include "support/printerprocess.h"
@@ -135,8 +135,7 @@ TEST_F(Queue, PagesAndCopiesArriveAsTheyWereAskedFor) {
 /// Prints a small document on a queue for a file; returns the job that the file got.
 Job Queue::printToFile(const std::vector<std::string>& arguments, const std::vector<double>& greys) {
   spooler_->print("file", folder_.write("small.pdf", pdfOf(288, 432, greys)), arguments);
-  std::ifstream stream(spooler_->outputPath("file"), std::ios::binary);
-  return parseJob(Bytes{std::istreambuf_iterator<char>(stream), {}});
+  return parseJob(contentOf<Bytes>(spooler_->outputPath("file")));
 }
 
 TEST_F(Queue, OptionsArriveTheWaysAPersonChoosesThem) {

@@ -1,8 +1,6 @@
 // The folders are layers: no source includes a folder above its own, and the documents say so.
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -10,15 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include "support/file.h"
+
 namespace {
 
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
-
-std::string readFile(const fs::path& path) {
-  std::ifstream stream(path);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// Calls `use` with the path below `folder` and the first group of each match of `pattern` in its sources.
 void forMatches(const char* folder, const char* pattern,
@@ -26,7 +21,7 @@ void forMatches(const char* folder, const char* pattern,
   const std::regex expression(pattern);
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") continue;
-    const std::string text = readFile(entry.path());
+    const std::string text = kesto::test::contentOf(entry.path());
     for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end; ++match) {
       use(entry.path().lexically_relative(folder).string(), (*match)[1]);
     }
@@ -50,7 +45,7 @@ std::string parentOf(const std::string& file) {
 
 /// The table "folder | holds | may include" of the architecture document.
 std::map<std::string, Names> documentedLayers() {
-  const std::string document = readFile(KESTO_ARCHITECTURE);
+  const std::string document = kesto::test::contentOf(KESTO_ARCHITECTURE);
   const std::string table = document.substr(document.find("| folder | holds | may include |"));
   const std::regex row("\n\\| `([^`]+)` \\|[^|\n]*\\|([^|\n]*)\\|");
   std::map<std::string, Names> layers;
@@ -85,7 +80,7 @@ TEST(Layering, TheJobReaderSharesNamesWithTheFilterAndNothingElse) {
 }
 
 TEST(Decisions, HaveTheAnchorsThatCommentsPointTo) {
-  const std::string decisions = readFile(KESTO_SOURCES "/../docs/decisions.md");
+  const std::string decisions = kesto::test::contentOf(KESTO_SOURCES "/../docs/decisions.md");
   int references = 0;
   for (const char* folder : {KESTO_SOURCES, KESTO_TOOLS}) {
     forMatches(folder, "decisions\\.md#([a-z-]+)", [&](const std::string& source, const std::string& anchor) {

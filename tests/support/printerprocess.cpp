@@ -1,10 +1,10 @@
 #include "support/printerprocess.h"
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include <signal.h>
+
+#include "support/file.h"
 
 namespace kesto::test {
 
@@ -28,9 +28,7 @@ Bytes PrinterProcess::job(int number) {
   if (!process_.waitForOutput(line)) throw std::runtime_error("the printer got no " + line);
   std::string name = std::to_string(number);
   name.insert(0, 4 - name.size(), '0');
-  std::ifstream stream(folder_.path() + "/job-" + name + ".prn", std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  return {text.begin(), text.end()};
+  return contentOf<Bytes>(folder_.path() + "/job-" + name + ".prn");
 }
 
 Bytes PrinterProcess::lastJob() {

@@ -2,13 +2,14 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <thread>
 
 #include <signal.h>
 #include <unistd.h>
+
+#include "support/file.h"
 
 namespace kesto::test {
 namespace {
@@ -163,8 +164,7 @@ bool PrivateSpooler::waitForLog(const std::string& text) const {
 }
 
 std::string PrivateSpooler::log(const std::string& name) const {
-  std::ifstream stream(folder_.path() + "/log/" + name);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  return contentOf(folder_.path() + "/log/" + name);
 }
 
 }  // namespace kesto::test
