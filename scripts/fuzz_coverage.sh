@@ -27,8 +27,8 @@ llvm-profdata merge -o "$out/all.profdata" "$out"/*.profraw
 # What the targets are for; the rest of these folders waits for printers and processes. Tables made at compile time
 # have no lines at run time.
 modules='codec/(tbrle|wicket|huffman|fast|bandplanes|blockwriter|quantize|downsample|fdct[.]|colorconvert)|pclxl/pclxl'
-modules="$modules|npa/(NPAValidator|NpaParser|OIRCommandResponse|alerttext)|jobsettings/|hdc/(cbuffer|hdc)[.]"
-modules="$modules|filter/(rasterstream|pixelformat|lineblock|imagethread|compressandsend|page|copycache)|kestojob/reader/"
+modules="$modules|npa/(NPAValidator|NpaParser|oir/OIRCommandResponse|alerttext)|jobsettings/|hdc/cbuffer[.]"
+modules="$modules|filter/(document/(rasterstream|pixelformat)|lines/|strips/|page)|kestojob/reader/"
 # shellcheck disable=SC2086
 llvm-cov show $objects -instr-profile "$out/all.profdata" -format html -output-dir "$out" >/dev/null
 # shellcheck disable=SC2086
