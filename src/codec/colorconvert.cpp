@@ -6,6 +6,7 @@
 
 #include "codec/codecstatus.h"
 #include "codec/colorequations.h"
+#include "codec/fast/kernels.h"
 
 namespace kesto {
 
@@ -25,10 +26,8 @@ static_assert(component<LUMA>(255, 255, 255) == WHITE_LUMA &&
               component<BLUE_DIFFERENCE>(255, 255, 255) == WHITE_CHROMA &&
               component<RED_DIFFERENCE>(255, 255, 255) == WHITE_CHROMA);
 
-using PixelConverter = void (*)(const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*, std::uint8_t*);
-
-void convertPixels(const std::uint8_t* __restrict rgb, std::size_t count, std::uint8_t* __restrict y,
-                   std::uint8_t* __restrict cb, std::uint8_t* __restrict cr) {
+void convertPlain(const std::uint8_t* __restrict rgb, std::size_t count, std::uint8_t* __restrict y,
+                  std::uint8_t* __restrict cb, std::uint8_t* __restrict cr) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::int32_t red = rgb[3 * i];
     const std::int32_t green = rgb[3 * i + 1];
@@ -38,27 +37,6 @@ void convertPixels(const std::uint8_t* __restrict rgb, std::size_t count, std::u
     cr[i] = component<RED_DIFFERENCE>(red, green, blue);
   }
 }
-
-void convertAnywhere(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr) {
-  convertPixels(rgb, count, y, cb, cr);
-}
-
-#if defined(__x86_64__)
-/// The vectors take whole groups of pixels; a line's rest goes the common way.
-void convertWithAvx2(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr) {
-  const std::size_t inGroups = count - count % fast::PIXEL_GROUP;
-  fast::convertGroupsWithAvx2(rgb, inGroups, y, cb, cr);
-  convertAnywhere(rgb + 3 * inGroups, count - inGroups, y + inGroups, cb + inGroups, cr + inGroups);
-}
-
-PixelConverter bestConverter() {
-  return __builtin_cpu_supports("avx2") != 0 ? convertWithAvx2 : convertAnywhere;
-}
-#else
-PixelConverter bestConverter() {
-  return convertAnywhere;
-}
-#endif
 
 const std::uint8_t* pixelAt(const std::uint8_t* line, std::int32_t pixel) {
   return line + std::ptrdiff_t{pixel} * 3;
@@ -123,7 +101,7 @@ std::int32_t rgbtoYCbCr(std::int32_t lineBytes, std::int32_t totalBytes, const s
     std::fill_n(cbPlane, outSize, WHITE_CHROMA);
     std::fill_n(crPlane, outSize, WHITE_CHROMA);
   }
-  const PixelConverter convert = bestConverter();
+  const auto convertFast = fast::bestKernels().convertPixels;
   std::int32_t status = CODEC_OK;
   const std::int32_t lines = totalBytes / lineBytes;
   for (std::int32_t i = 0; i < lines; ++i) {
@@ -134,7 +112,12 @@ std::int32_t rgbtoYCbCr(std::int32_t lineBytes, std::int32_t totalBytes, const s
     if (first == pixels) continue;
     const std::int32_t last = stripTrail(line, pixels);
     const std::ptrdiff_t at = std::ptrdiff_t{i} * outStride + first;
-    convert(pixelAt(line, first), static_cast<std::size_t>(last - first), yPlane + at, cbPlane + at, crPlane + at);
+    const auto count = static_cast<std::size_t>(last - first);
+    std::uint8_t* const y = yPlane + at;
+    std::uint8_t* const cb = cbPlane + at;
+    std::uint8_t* const cr = crPlane + at;
+    const std::size_t done = convertFast(pixelAt(line, first), count, y, cb, cr);
+    convertPlain(pixelAt(line, first) + 3 * done, count - done, y + done, cb + done, cr + done);
     status = COLOR_BAND_PRINTED;
   }
   return status;

@@ -1,7 +1,6 @@
 // The equations of the colour conversion, for both ways in which it is computed.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace kesto {
@@ -19,15 +18,5 @@ inline constexpr Equation RED_DIFFERENCE{512, -429, -83, 128};
 static_assert(LUMA.red + LUMA.green + LUMA.blue == 1024);
 static_assert(BLUE_DIFFERENCE.red + BLUE_DIFFERENCE.green == -512 &&
               RED_DIFFERENCE.green + RED_DIFFERENCE.blue == -512);
-
-namespace fast {
-
-inline constexpr std::size_t PIXEL_GROUP = 32;
-
-/// Converts `count` RGB pixels, a multiple of PIXEL_GROUP, on a processor that has AVX2. Any thread.
-void convertGroupsWithAvx2(const std::uint8_t* rgb, std::size_t count, std::uint8_t* y, std::uint8_t* cb,
-                           std::uint8_t* cr);
-
-}  // namespace fast
 
 }  // namespace kesto

@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "codec/blockwriter.h"
-#include "codec/fast/fastkernel.h"
+#include "codec/fast/kernels.h"
 
 namespace kesto {
 namespace {
@@ -20,27 +20,30 @@ void limitBandWay(BandWay limit) {
   wayLimit.store(limit, std::memory_order_release);
 }
 
-#if defined(__x86_64__)
-
 namespace fast {
 
-bool codeGreyWithSse2(BandState& state) {
-  return codeGrey<Sse2Lanes>(state);
-}
+const Kernels BASIC_KERNELS = KERNELS<16>;
 
-bool codeColorWithSse2(BandState& state) {
-  return codeColor<Sse2Lanes>(state);
+const Kernels& bestKernels() {
+#if defined(__x86_64__)
+  const bool modern =
+      __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
+  if (modern) return AVX2_KERNELS;
+#endif
+  return BASIC_KERNELS;
 }
 
 bool flushChunk(BandState& state, const std::uint8_t* end) {
   const std::uint8_t* bytes = state.chunk;
-  // Every byte may need a stuffed one, and the copy goes 16 bytes at a time.
-  if (state.outEnd - state.out < 2 * (end - bytes) + 16) return false;
+  // Every byte may need a stuffed one, and the copy goes a word at a time.
+  if (state.outEnd - state.out < 2 * (end - bytes) + std::ptrdiff_t{sizeof(std::uint64_t)}) return false;
   while (bytes < end) {
-    const __m128i piece = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(state.out), piece);
-    const int full = _mm_movemask_epi8(_mm_cmpeq_epi8(piece, _mm_set1_epi8(-1)));
-    const std::ptrdiff_t plain = full == 0 ? 16 : __builtin_ctz(static_cast<unsigned>(full)) + 1;
+    const auto word = load<std::uint64_t>(bytes);
+    __builtin_memcpy(state.out, &word, sizeof word);
+    // A carry begins at the first byte of ones, whose bit is the lowest that is set.
+    const std::uint64_t inOrder = IS_LITTLE ? word : __builtin_bswap64(word);
+    const std::uint64_t full = inOrder & (~inOrder - 0x0101'0101'0101'0101) & 0x8080'8080'8080'8080;
+    const std::ptrdiff_t plain = full == 0 ? 8 : std::countr_zero(full) / 8 + 1;
     if (plain > end - bytes) {
       state.out += end - bytes;
       return true;
@@ -117,15 +120,6 @@ fast::BitString emptyBlock(const fast::PackedCodes& codes) {
   return 2 * (state.emptyLuma.length + state.emptyChroma.length) <= fast::MAX_PUT;
 }
 
-fast::BandKernel chooseKernel(BandWay limit, const Band& band, std::size_t planeCount) {
-  const bool modern =
-      __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
-  if (!modern || limit == BandWay::BASIC || band.width % (2 * BLOCK_SIDE) != 0) {
-    return planeCount == 1 ? fast::codeGreyWithSse2 : fast::codeColorWithSse2;
-  }
-  return planeCount == 1 ? fast::codeGreyWithAvx2 : fast::codeColorWithAvx2;
-}
-
 }  // namespace
 
 bool compressBandFast(const Band& band, const std::uint8_t* map, std::span<const std::uint8_t* const> planes,
@@ -144,7 +138,8 @@ bool compressBandFast(const Band& band, const std::uint8_t* map, std::span<const
   state.width = static_cast<std::size_t>(band.width);
   state.out = coder->out;
   state.outEnd = output + capacity;
-  if (!chooseKernel(limit, band, planes.size())(state)) return false;
+  const fast::Kernels& kernels = limit == BandWay::BASIC ? fast::BASIC_KERNELS : fast::bestKernels();
+  if (!(planes.size() == 1 ? kernels.codeGrey : kernels.codeColor)(state)) return false;
 
   coder->out = state.out;
   coder->outCount = static_cast<std::uint32_t>(state.out - output);
@@ -156,14 +151,5 @@ bool compressBandFast(const Band& band, const std::uint8_t* map, std::span<const
   *length = markers.finish();
   return true;
 }
-
-#else
-
-bool compressBandFast(const Band&, const std::uint8_t*, std::span<const std::uint8_t* const>, std::int32_t,
-                      std::uint8_t*, std::int32_t*, WicketSettings*, WicketCoder*) {
-  return false;
-}
-
-#endif
 
 }  // namespace kesto
