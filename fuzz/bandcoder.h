@@ -1,6 +1,7 @@
 // A codec set up as a page sets it up for each of its bands.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "codec/wicket.h"

@@ -7,11 +7,11 @@ build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-
   libcli11-dev libjpeg62-turbo-dev libpng-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-14-dev" ;;
-  coverage) packages="$build clang libclang-rt-14-dev llvm" ;;
+  test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
+  coverage) packages="$build clang libclang-rt-dev llvm" ;;
   package) packages="$build dpkg-dev file" ;;
   bench) packages="$build python3" ;;
-  lint) packages="$build libgtest-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
+  lint) packages="$build libgtest-dev clang libclang-rt-dev clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
 esac
 

@@ -1,6 +1,8 @@
 // Which of the printer's status threads a job runs, if any.
 #pragma once
 
+#include <cstdint>
+
 #include "filter/device.h"
 
 namespace kesto {

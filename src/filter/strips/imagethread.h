@@ -1,6 +1,8 @@
 // The image thread: takes line blocks out of imageLineBlockBuffer and has strips made of them.
 #pragma once
 
+#include <cstdint>
+
 #include "base/thread.h"
 
 namespace kesto {

@@ -2,6 +2,8 @@
 // nothing: a poll through it sends 0 bytes and ends there.
 #pragma once
 
+#include <cstdint>
+
 #include "npa/oir/NPATransport.h"
 
 namespace kesto {

@@ -6,6 +6,7 @@
 // job with a fault can still be listed. No element takes more memory than the longest that a job can hold.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "kestojob/reader/bytesource.h"
