@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -30,6 +31,26 @@ TEST_F(Report, WritesEachMessageAtOnceAndKeepsErrno) {
   EXPECT_EQ(nextWrite(), "\nPAGE: 4 2\n") << "the open line must not swallow the prefix";
   report("\nWARNING: %s\n", "Cover\nopen");
   EXPECT_EQ(nextWrite(), "\nWARNING: Cover open\n");
+}
+
+TEST_F(Report, BeginsEachLineAtItsStartWhateverAnotherThreadLeavesOpen) {
+  std::string log;
+  const auto drain = [&] {
+    for (std::string write = nextWrite(); !write.empty(); write = nextWrite()) log += write;
+  };
+  std::jthread tracer([](const std::stop_token& stop) {
+    while (!stop.stop_requested()) report("trace");
+  });
+  while (log.empty()) drain();
+  for (int page = 0; page < 4000; ++page) {
+    report("PAGE: 1 1\n");
+    drain();
+  }
+  tracer.request_stop();
+  tracer.join();
+  report("\n");
+  drain();
+  EXPECT_EQ(log.find("ePAGE"), std::string::npos);
 }
 
 TEST_F(Report, CutsALongMessageAndStillEndsItsLine) {
