@@ -44,7 +44,6 @@ TEST(NetworkStatus, AShortJobWaitsForTheAnswerThatIsOnItsWay) {
     const Outcome outcome = runFilter({.document = "page", .deviceUri = printer.uri()});
     EXPECT_EQ(outcome.linesWith("WARNING: Paper jam").size(), 5u) << outcome.log;
     EXPECT_EQ(outcome.linesWith("PAGE: 1 1").size(), 1u) << "the traces swallow no line: " << outcome.log;
-    EXPECT_LT(outcome.duration, 3s);
   }
 }
 
