@@ -209,7 +209,8 @@ void noteSegments(const Bytes& stream) {
 
 /// A band with claims and settings of any kind.
 void oddBand(Input& in) {
-  Band band = readBand(in, in.number(0, 70), in.number(0, 33));
+  const std::uint32_t lines = in.number(0, 33);
+  Band band = readBand(in, in.number(0, 70), lines);
   band.separated = in.flag();
   const std::uint8_t odd = in.byte();
   if ((odd & 1) != 0) band.width = in.byte() - 96;

@@ -7,6 +7,7 @@
 #include "hdc/hdc.h"
 #include "input.h"
 #include "jobsettings/jobsettings.h"
+#include "kestojob/reader/text.h"
 #include "require.h"
 
 namespace kesto::fuzz {
@@ -30,7 +31,7 @@ class JobInMemory {
 };
 
 inline bool hasControlCharacter(std::string_view text) {
-  return std::ranges::any_of(text, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
+  return std::ranges::any_of(text, job::isControl);
 }
 
 /// False for settings that cannot make a good job with pages, whatever the filter does: texts that the raster or the

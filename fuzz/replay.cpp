@@ -61,7 +61,8 @@ int main(int argc, char* argv[]) {
   const std::vector<Bytes> corpus = readCorpus(argv[1]);
   for (const Bytes& input : corpus) LLVMFuzzerTestOneInput(input.data(), input.size());
   for (int i = std::atoi(argv[2]); i > 0 && !corpus.empty(); --i) {
-    const Bytes input = change(corpus[random() % corpus.size()], corpus[random() % corpus.size()], random);
+    const Bytes& other = corpus[random() % corpus.size()];
+    const Bytes input = change(corpus[random() % corpus.size()], other, random);
     LLVMFuzzerTestOneInput(input.data(), input.size());
   }
   const std::string digest = kesto::fuzz::digest.text();

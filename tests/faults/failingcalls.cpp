@@ -91,13 +91,12 @@ int openFile(const char* path, int flags, mode_t mode) {
 }
 
 /// Looks whose instruction it was; the program then ends as it would have.
-void onCrash(int, siginfo_t*, void* context) {
-  const auto* machine = static_cast<const ucontext_t*>(context);
+void onCrash(int, siginfo_t*, [[maybe_unused]] void* context) {
   void* instruction = nullptr;
 #if defined(__x86_64__)
-  std::memcpy(&instruction, &machine->uc_mcontext.gregs[REG_RIP], sizeof instruction);
+  std::memcpy(&instruction, &static_cast<const ucontext_t*>(context)->uc_mcontext.gregs[REG_RIP], sizeof instruction);
 #elif defined(__aarch64__)
-  std::memcpy(&instruction, &machine->uc_mcontext.pc, sizeof instruction);
+  std::memcpy(&instruction, &static_cast<const ucontext_t*>(context)->uc_mcontext.pc, sizeof instruction);
 #endif
   Dl_info found = {};
   if (dladdr(instruction, &found) != 0 && std::strstr(found.dli_fname, "/libcups.so") != nullptr) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kestojob/reader/fault.h"
+#include "kestojob/reader/text.h"
 #include "kestojob/reader/xltext.h"
 #include "pclxl/xlnames.h"
 
@@ -65,7 +66,7 @@ void checkMediaType(const Attribute& type) {
   const std::string_view text = type.text();
   if (text.size() > LONGEST_MEDIA_TYPE) fail(type, "is longer than 64 characters.");
   if (text == "Automatic") fail(type, "is Automatic, which is said by leaving it out.");
-  if (std::ranges::any_of(text, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; })) {
+  if (std::ranges::any_of(text, isControl)) {
     fail(type, "holds a control character.");
   }
 }

@@ -78,7 +78,7 @@ std::string quoted(std::string_view text) {
 }
 
 bool hasControlCharacter(std::string_view text) {
-  return std::ranges::any_of(text, [](char c) { return (c >= 0 && c < ' ' && c != '\t') || c == '\x7F'; });
+  return std::ranges::any_of(text, [](char c) { return isControl(static_cast<std::uint8_t>(c)) && c != '\t'; });
 }
 
 void checkValue(const Row& row, std::string_view value, std::uint64_t offset) {

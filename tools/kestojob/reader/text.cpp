@@ -38,16 +38,16 @@ std::size_t sequenceLength(std::string_view text) {
 }
 
 /// Control characters of ASCII and of Latin-1 (which UTF-8 writes as C2 80 to C2 9F).
-bool isControl(std::string_view sequence) {
+bool isControlSequence(std::string_view sequence) {
   const std::uint8_t first = byteOf(sequence[0]);
-  if (sequence.size() == 1) return first < 0x20 || first == 0x7F;
+  if (sequence.size() == 1) return isControl(first);
   return sequence.size() == 2 && first == 0xC2 && byteOf(sequence[1]) < 0xA0;
 }
 
 std::string jsonCharacter(std::string_view sequence) {
   const char c = sequence[0];
   if (c == '"' || c == '\\') return {'\\', c};
-  if (!isControl(sequence)) return std::string(sequence);
+  if (!isControlSequence(sequence)) return std::string(sequence);
   return hexDigits("\\u00", byteOf(sequence.back()));
 }
 
@@ -57,7 +57,7 @@ std::string printable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
     const std::size_t length = sequenceLength(text);
-    const bool fit = length > 0 && !isControl(text.substr(0, length));
+    const bool fit = length > 0 && !isControlSequence(text.substr(0, length));
     const std::size_t taken = fit ? length : 1;
     result += fit ? std::string(text.substr(0, taken)) : hexDigits("\\x", byteOf(text[0]));
     text.remove_prefix(taken);

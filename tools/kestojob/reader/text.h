@@ -13,6 +13,11 @@ namespace kesto::job {
 /// Text fit for a terminal: printable ASCII and UTF-8 as it is, any other byte as \xNN.
 [[nodiscard]] std::string printable(std::string_view text);
 
+/// True for the characters of ASCII that a terminal acts on.
+[[nodiscard]] constexpr bool isControl(std::uint8_t character) {
+  return character < 0x20 || character == 0x7F;
+}
+
 /// A JSON string, its quotes included. Bytes that are no UTF-8 become U+FFFD.
 [[nodiscard]] std::string jsonString(std::string_view text);
 
