@@ -221,22 +221,27 @@ ssize_t __recv_chk(int descriptor, void* bytes, std::size_t count, std::size_t, 
 }
 
 int poll(pollfd* list, nfds_t count, int timeout) {
-  return fails("poll") ? -1 : static_cast<int>(syscall(SYS_poll, list, count, timeout));
+  const timespec time = {timeout / 1000, timeout % 1000 * 1'000'000L};
+  return fails("poll") ? -1
+                       : static_cast<int>(syscall(SYS_ppoll, list, count, timeout < 0 ? nullptr : &time, nullptr, 0));
 }
 int __poll_chk(pollfd* list, nfds_t count, int timeout, std::size_t) {
   return poll(list, count, timeout);
 }
 int select(int count, fd_set* input, fd_set* output, fd_set* except, timeval* timeout) {
-  return fails("poll") ? -1 : static_cast<int>(syscall(SYS_select, count, input, output, except, timeout));
+  const timespec time = timeout == nullptr ? timespec{} : timespec{timeout->tv_sec, timeout->tv_usec * 1000};
+  return fails("poll") ? -1
+                       : static_cast<int>(syscall(SYS_pselect6, count, input, output, except,
+                                                  timeout == nullptr ? nullptr : &time, nullptr));
 }
 int pipe2(int ends[2], int flags) noexcept {
   return fails("pipe") ? -1 : static_cast<int>(syscall(SYS_pipe2, ends, flags));
 }
 int dup2(int from, int to) noexcept {
-  return fails("dup") ? -1 : static_cast<int>(syscall(SYS_dup2, from, to));
+  return fails("dup") ? -1 : static_cast<int>(syscall(SYS_dup3, from, to, 0));
 }
 int unlink(const char* path) noexcept {
-  return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlink, path));
+  return fails("unlink") ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, path, 0));
 }
 int socket(int domain, int type, int protocol) noexcept {
   return fails("socket") ? -1 : static_cast<int>(syscall(SYS_socket, domain, type, protocol));

@@ -124,6 +124,7 @@ std::string PrivateSpooler::client(const std::string& program, const std::vector
   Command command{.program = "/usr/bin/" + program,
                   .arguments = {program},
                   .environment = {{"CUPS_SERVER", socketPath()},
+                                  {"CUPS_SERVERROOT", folder_.path() + "/etc"},  // where root's lpoptions are
                                   {"HOME", folder_.path() + "/home"},
                                   {"LC_ALL", "C"},
                                   {"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"}}};
