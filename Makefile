@@ -4,7 +4,9 @@
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make faults             fails every single call of the filter that can fail; takes about half an hour
 #   make coverage           tells which lines the fuzz targets reach
-#   make package            builds the Debian package in out/
+#   make package            builds the Debian package in out/ (ARCH=arm64: after make cross, the one for arm64)
+#   make cross ARCH=arm64   builds for arm64 (or s390x, or nehalem: amd64 without AVX2), and tests under qemu
+#   make everywhere         all tests on this system, on Debian 13 beside it (as root) and on those processors
 #   make bench              measures the filter beside libjpeg-turbo, the renderer and rastertopclx
 #   make lint               builds with gcc and clang, where each warning is an error, checks the formatting, and runs
 #                           the static analysis
@@ -15,10 +17,12 @@ SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)
 BUILD := build/$(PRESET)
 
-.PHONY: demo test faults coverage package bench lint clean
-.PHONY: setup-build setup-test setup-coverage setup-package setup-bench setup-lint
+ARCH ?=
 
-setup-build setup-test setup-coverage setup-package setup-bench setup-lint:
+.PHONY: demo test faults coverage package cross everywhere bench lint clean
+.PHONY: setup-build setup-test setup-coverage setup-package setup-cross setup-bench setup-lint
+
+setup-build setup-test setup-coverage setup-package setup-cross setup-bench setup-lint:
 	@scripts/setup.sh $(@:setup-%=%)
 
 demo: setup-build
@@ -48,7 +52,17 @@ package: setup-package
 	@cmake --preset release -DKESTO_TESTS=OFF
 	@cmake --build build/release -j$(JOBS)
 	@cpack --config build/release/CPackConfig.cmake -B out
+	@if [ -n "$(ARCH)" ]; then scripts/foreign_package.sh $(ARCH); fi
 	@rm -rf out/_CPack_Packages
+
+cross: setup-cross
+	@cmake --preset release -DKESTO_TESTS=ON
+	@cmake --build build/release -j$(JOBS)
+	@scripts/cross.sh $(ARCH)
+
+everywhere: test
+	@scripts/in_debian.sh trixie make test
+	@for processor in arm64 s390x nehalem; do $(MAKE) cross ARCH=$$processor || exit 1; done
 
 bench: setup-bench
 	@cmake --preset bench

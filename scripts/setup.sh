@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a make target needs; does nothing when they are there.
-#   scripts/setup.sh build|test|coverage|package|bench|lint
+#   scripts/setup.sh build|test|coverage|package|cross|bench|lint
 set -eu
 
 build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters
@@ -10,6 +10,7 @@ case "${1:-build}" in
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
   coverage) packages="$build clang libclang-rt-dev llvm" ;;
   package) packages="$build dpkg-dev file" ;;
+  cross) packages="$build libgtest-dev cups g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user" ;;
   bench) packages="$build python3" ;;
   lint) packages="$build libgtest-dev clang libclang-rt-dev clang-format clang-tidy" ;;
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
+#include "base/uniform.h"
 #include "codec/codecstatus.h"
 #include "codec/colorequations.h"
 #include "codec/fast/kernels.h"
@@ -42,27 +42,17 @@ const std::uint8_t* pixelAt(const std::uint8_t* line, std::int32_t pixel) {
   return line + std::ptrdiff_t{pixel} * 3;
 }
 
-bool isWhite(const std::uint8_t* pixel) {
+bool isWhitePixel(const std::uint8_t* pixel) {
   return (pixel[0] & pixel[1] & pixel[2]) == 0xFF;
 }
 
 constexpr std::int32_t GROUP = 32;  // pixels that are looked at together
 
-bool isGroupWhite(const std::uint8_t* pixels) {
-  std::uint64_t common = ~std::uint64_t{0};
-  for (std::ptrdiff_t at = 0; at < GROUP * 3; at += 8) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, pixels + at, sizeof word);
-    common &= word;
-  }
-  return common == ~std::uint64_t{0};
-}
-
 /// The number of white pixels at the start of a line.
 std::int32_t stripLead(const std::uint8_t* line, std::int32_t pixels) {
   std::int32_t first = 0;
-  while (pixels - first >= GROUP && isGroupWhite(pixelAt(line, first))) first += GROUP;
-  while (first < pixels && isWhite(pixelAt(line, first))) ++first;
+  while (pixels - first >= GROUP && isWhite<GROUP * 3>(pixelAt(line, first))) first += GROUP;
+  while (first < pixels && isWhitePixel(pixelAt(line, first))) ++first;
   return first;
 }
 
@@ -86,8 +76,8 @@ std::uint32_t RGBTripleToCrCbYDword(const std::uint8_t* triple) {
 
 std::int32_t stripTrail(const std::uint8_t* line, std::int32_t pixels) {
   std::int32_t last = pixels;
-  while (last >= GROUP && isGroupWhite(pixelAt(line, last - GROUP))) last -= GROUP;
-  while (last > 0 && isWhite(pixelAt(line, last - 1))) --last;
+  while (last >= GROUP && isWhite<GROUP * 3>(pixelAt(line, last - GROUP))) last -= GROUP;
+  while (last > 0 && isWhitePixel(pixelAt(line, last - 1))) --last;
   return std::max(last, 0);
 }
 

@@ -1,4 +1,4 @@
-// Options that reach the filter by way of the renderer's page header, and papers that nothing can be printed on.
+// Papers to their edges, papers that nothing can be printed on, and what is counted.
 #include <cerrno>
 #include <string>
 #include <utility>
@@ -11,33 +11,6 @@
 
 namespace kesto::test {
 namespace {
-
-// clang-format off
-const std::pair<const char*, std::vector<std::string>> RENDERED_OPTIONS[] = {
-    {"", {"PRINTQUALITY=NORMAL", "RESOLUTION=600", "DUPLEX=OFF", "!BINDING", "LCOLORMODEL=CMYK", "MediaSource=1",
-          "!MediaType"}},
-    {"cupsPrintQuality=Draft InputSlot=Manual MediaType=Plain Duplex=DuplexNoTumble",
-     {"PRINTQUALITY=DRAFT", "RESOLUTION=300", "DUPLEX=ON", "BINDING=LONGEDGE", "MediaSource=2", "\"Plain\""}},
-    {"cupsPrintQuality=High InputSlot=Multipurpose MediaType=Glossy Duplex=DuplexTumble ColorModel=Gray",
-     {"PRINTQUALITY=BEST", "RESOLUTION=600", "DUPLEX=ON", "BINDING=SHORTEDGE", "MediaSource=3", "\"Glossy\"",
-      "LCOLORMODEL=BLACK", "LCTPREFERENCE=IMAGE"}},
-    // A resolution that no quality has brings draft quality with it, and draft quality its resolution.
-    {"Resolution=300dpi InputSlot=Tray1", {"PRINTQUALITY=DRAFT", "RESOLUTION=300", "MediaSource=4"}},
-    {"Resolution=300dpi cupsPrintQuality=High InputSlot=Tray2",
-     {"PRINTQUALITY=DRAFT", "RESOLUTION=300", "MediaSource=5"}},
-    {"Resolution=600dpi cupsPrintQuality=Draft", {"PRINTQUALITY=DRAFT", "RESOLUTION=300"}},
-};
-// clang-format on
-
-TEST(Options, OfTheRasterReachThePrinterAndLeaveThePageInItsPlace) {
-  const std::string document = pdfOf(288, 432, {0.5});
-  for (const auto& [options, texts] : RENDERED_OPTIONS) {
-    const Job job =
-        printJob({.document = document, .options = std::string("PageSize=4x6 ") + options, .realRenderer = true});
-    expectList(job, texts, options);
-    EXPECT_EQ(originInPoints(job), 12.0) << "the paper's margin, with " << options;
-  }
-}
 
 TEST(Options, AFullBleedPaperIsCoveredToItsEdgesAtEveryResolution) {
   for (const auto& [resolution, rows] : {std::pair("150dpi", 904u), {"300dpi", 1800u}, {"600dpi", 3600u}}) {

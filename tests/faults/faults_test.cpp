@@ -260,6 +260,9 @@ TEST_P(EveryCall, ThatFailsIsSurvivedOrTold) {
     } else {
       judge(reference.outcome, faulty);
     }
+    if (number == 1 && fault_.family == std::string("thread")) {
+      EXPECT_NE(faulty.outcome.log.find("Unable to ran process_pdf_thread!"), std::string::npos);
+    }
     if (HasFailure()) FAIL() << faulty.outcome.log;
   }
   EXPECT_LE(libraryCrashes, LIBRARY_CRASHES);

@@ -75,12 +75,6 @@ class PageReading : public testing::Test, private BlockTaker {
   std::size_t wrongBlocks_ = 0;
 };
 
-TEST_F(PageReading, DeliversAPageWholeToWhoeverTakesItSlowly) {
-  std::size_t looks = 0;
-  start("page width=2000 height=4000 bits=24 pattern=noise seed=3", [&] { return ++looks > 3 * blocks_; }).readPage();
-  expectTheWholePage();
-}
-
 TEST_F(PageReading, LetsTheRendererFinishAPageBeforeAnyOfItIsTaken) {
   start("page width=2000 height=4000 bits=24 pattern=text", [&] { return renderer_->ended(); }).readPage();
   expectTheWholePage();

@@ -49,6 +49,7 @@ TEST(Transport, IsChosenByItsNumberAndRefusesWhatCannotWork) {
   EXPECT_EQ(transport->connected, 0);
   EXPECT_EQ(transport->SendNPACommand(bytes.data(), 14), -1);
   EXPECT_EQ(transport->InitializeConnection(loopback.data()), 0);
+  EXPECT_EQ(transport->SendNPACommand(nullptr, 14), -1);
   EXPECT_EQ(transport->ShutdownConnection() + transport->ShutdownConnection(), 0) << "twice closes once";
 }
 

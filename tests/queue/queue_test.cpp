@@ -158,6 +158,14 @@ TEST_F(Queue, OptionsArriveTheWaysAPersonChoosesThem) {
       {"print-color-mode=monochrome", {"LCOLORMODEL=BLACK", "LCOLORMODEL=BLACK"}, 1704},
       {"print-quality=4", {"PRINTQUALITY=NORMAL", "RESOLUTION=600"}, 3400},
       {"print-quality=5", {"PRINTQUALITY=BEST", "RESOLUTION=600"}, 3400},
+      // A resolution that no quality has brings draft quality with it, and draft quality its resolution.
+      {"Resolution=600dpi", {"PRINTQUALITY=DRAFT", "RESOLUTION=300", "MediaSource=1", "!MediaType"}, 1704},
+      {"InputSlot=Manual", {"MediaSource=2"}, 1704},
+      {"InputSlot=Multipurpose", {"MediaSource=3"}, 1704},
+      {"InputSlot=Tray1", {"MediaSource=4"}, 1704},
+      {"InputSlot=Tray2", {"MediaSource=5"}, 1704},
+      {"MediaType=Glossy", {"\"Glossy\""}, 1704},
+      {"Duplex=DuplexNoTumble", {"DUPLEX=ON", "BINDING=LONGEDGE"}, 1704},
       {"TonerSave=On", {"ECONOMODE=ON"}, 1704},
       {"TonerSave=true", {"ECONOMODE=ON"}, 1704},
   };
