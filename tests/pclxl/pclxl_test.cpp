@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "filter/util.h"
 #include "support/hex.h"
 
 namespace kesto {
@@ -21,7 +22,7 @@ std::int64_t sink(const std::uint8_t* bytes, std::uint32_t count) {
 }
 
 TEST(Pclxl, WritesTheElementsThatNoJobHas) {
-  const float real = 8.5F;
+  const float real = swapFloat(8.5F);  // as callers do
   const std::uint8_t bytes[] = {1, 2};
   const std::uint16_t words[] = {0x1234, 0xFEDC};
   const std::int16_t integers[] = {-1, -32768};
