@@ -149,6 +149,7 @@ void makeTables(Input& in) {
                       pointer(6, acSymbols.data()), table.get());
   note(status);
   if (status != CODEC_OK) return;
+  for (const auto& [first, last, position] : table->acLengths) note(std::int64_t{first} << 32 ^ last ^ position << 16);
   for (std::uint32_t symbol = 0; symbol <= 0x100; ++symbol) {
     std::uint32_t code = 0, length = 0, found = 0, foundLength = 0;
     for (const bool dc : {true, false}) {

@@ -196,6 +196,7 @@ void changeSettings(Input in, WicketSettings& settings, WicketCoder& coder) {
         std::int64_t{wicketQueryByteStuffing(&coder)}, std::int64_t{queryByteStuffing(&coder)}}) {
     fuzz::note(query);
   }
+  for (const auto& scan : settings.planarZigZag) fuzz::note(std::span(scan).last(8));
 }
 
 /// Notes where the segments of a stream lie.

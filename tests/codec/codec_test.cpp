@@ -136,6 +136,10 @@ TEST(FastBand, TakesTheBandsOfJobsInTheRoomThatJobsGiveThem) {
   EXPECT_FALSE(isFast(asIs, 1));
   EXPECT_FALSE(isFast([](auto& settings, auto&) { setSampleType(SAMPLE_TYPE_444, &settings); }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.bitCount = 3; }));
+  EXPECT_FALSE(isFast([](auto& settings, auto&) {
+    wicketSetPlanarZigZag(2, 1024, 1, 1, &settings);
+    ++settings.planarZigZag[2][7];
+  }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { coder.lumaCodes.dcCodes[3].code |= 0x80; }));
   EXPECT_FALSE(isFast([](auto&, auto& coder) { clearByteStuffing(&coder); }));
 }

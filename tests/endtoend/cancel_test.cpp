@@ -1,5 +1,6 @@
 // SIGTERM in every state of a job: how soon the end comes, what the output
 // is worth, and that nothing is left behind.
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -84,6 +85,7 @@ const State STATES[] = {
     {"InAPage", {.document = "page\npage height=64 lines=20\nchatter lines=1\nignoresignals\nhang",
                  .onStandardInput = true}, "PAGE: 2", 100ms, 2, 2},
     {"InAPageThatComesSlowly", {.document = "page height=30000 pause=10"}, "PAGE: 1", 100ms, 1, 1},
+    {"InAPageThatIsThereInASecond", {.document = "page height=64 pause=15 pattern=noise"}, "PAGE: 1", 0ms, 1, 1},
     {"BetweenPages", {.document = "page\npage\nchatter lines=1\nignoresignals\nhang"}, RENDERER_IS_THERE, 100ms, 2, 2},
     {"WithAProcessOfTheRenderer", {.document = "orphan\npage\nchatter lines=1\nignoresignals\nhang"},
      RENDERER_IS_THERE, 100ms, 1, 1},
@@ -128,6 +130,9 @@ TEST_P(CancelledIn, EndsSoonAndInOrder) {
   const Job job = parseJob(outcome.output);
   EXPECT_GE(job.pages.size(), state.fewestPages);
   EXPECT_LE(job.pages.size(), state.mostPages);
+  if (std::string_view(state.name) == "InAPageThatIsThereInASecond") {
+    EXPECT_LT(std::ranges::min(std::span(job.pages[0].luma).last(64)), 200) << "the page was cut off";
+  }
   if (state.mostPages == 17998) {
     EXPECT_EQ(job.pages.size() % 2, 0u) << "sheets";
   }

@@ -31,7 +31,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds TIME_LIMIT{5000};
+constexpr milliseconds TIME_LIMIT{10000};
 /// The spooler's library looks at what it has allocated unchecked, in places that docs/reliability.md lists: at most so
 /// many calls of a job. A run in which it crashes tells nothing of the filter.
 constexpr int LIBRARY_CRASHES = 12;
@@ -44,7 +44,7 @@ struct JobKind {
   const char* warning = "";  ///< what the printer tells, so that its answers are read and understood as well
 };
 
-constexpr char PAGES[] = "arguments\npage pattern=noise\npage height=24 pattern=text\n";
+constexpr char PAGES[] = "page pattern=noise\npage height=24 pattern=text\n";
 
 /// With a pause, so that the printer's answer comes while the job runs.
 constexpr char SLOW_PAGES[] = "page pattern=noise\nsleep ms=60\npage pattern=text\n";

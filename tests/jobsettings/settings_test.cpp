@@ -25,31 +25,13 @@ using Fields = std::vector<Field>;
 /// A text of the record: a constant by itself, because readers compare addresses, any other in quotes.
 std::string show(const char* text) {
   if (text == nullptr) return "null";
-  for (const char* constant : std::initializer_list<const char*>{ON,
-                                                                 OFF,
-                                                                 INVALIDOPTION,
-                                                                 LONGEDGE,
-                                                                 SHORTEDGE,
-                                                                 CMYK,
-                                                                 BLACK,
-                                                                 NORMAL,
-                                                                 EDGETOEDGE,
-                                                                 IMAGE,
-                                                                 OBJECT,
-                                                                 GRAPHIC,
-                                                                 PAPERCURL,
-                                                                 TONERFIX,
-                                                                 CREASE,
-                                                                 DITHER,
-                                                                 ERRORDIFFUSION,
-                                                                 COMPOSITEBLACK,
-                                                                 COMPOSITEONLY,
-                                                                 BLACKONLY,
-                                                                 AUTOMATIC,
-                                                                 COLOR_OUTPUT_MONO,
-                                                                 COLOR_OUTPUT_COLOR,
-                                                                 COLOR_OUTPUT_GRAYSCALE,
-                                                                 COLOR_OUTPUT_BLACK}) {
+  // clang-format off
+  static const char* const CONSTANTS[] = {
+      ON, OFF, INVALIDOPTION, LONGEDGE, SHORTEDGE, CMYK, BLACK, NORMAL, EDGETOEDGE, IMAGE, OBJECT, GRAPHIC, PAPERCURL,
+      TONERFIX, CREASE, DITHER, ERRORDIFFUSION, COMPOSITEBLACK, COMPOSITEONLY, BLACKONLY, AUTOMATIC, COLOR_OUTPUT_MONO,
+      COLOR_OUTPUT_COLOR, COLOR_OUTPUT_GRAYSCALE, COLOR_OUTPUT_BLACK};
+  // clang-format on
+  for (const char* constant : CONSTANTS) {
     if (text == constant) return text;
   }
   return '"' + std::string(text) + '"';
@@ -110,7 +92,7 @@ class Settings : public testing::Test {
     if (text.empty()) {
       unsetenv("PPD");
     } else {
-      setenv("PPD", folder_.write(std::to_string(++files_) + ".ppd", text).c_str(), 1);
+      setenv("PPD", folder_.write("the.ppd", text).c_str(), 1);
     }
     // NOLINTEND(concurrency-mt-unsafe)
   }
@@ -161,7 +143,6 @@ class Settings : public testing::Test {
 
  private:
   test::TemporaryFolder folder_;
-  int files_ = 0;
   Fields usual_;
 };
 
