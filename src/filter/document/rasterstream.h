@@ -2,8 +2,8 @@
 //
 // The header record belongs to the stream and keeps its address: the job setting record points at texts in it, which
 // change with every page. Nothing in a header is trusted: a header whose numbers do not fit together, or that describes
-// a page which the print data cannot express, ends the stream before a pixel of its page is read (decisions.md#absurd-headers).
-// Job thread only.
+// a page which the print data cannot express, ends the stream before a pixel of its page is read
+// (decisions.md#absurd-headers). Job thread only.
 #pragma once
 
 #include <chrono>
