@@ -13,6 +13,8 @@
 
 MAKEFLAGS += --no-print-directory
 JOBS := $(shell nproc)
+# Tests wait more than they compute.
+TEST_JOBS := $(shell expr 3 \* $(JOBS))
 SAN ?=
 PRESET := $(if $(SAN),$(SAN),release)
 BUILD := build/$(PRESET)
@@ -33,7 +35,7 @@ demo: setup-build
 test: setup-test
 	@cmake --preset $(PRESET) -DKESTO_TESTS=ON
 	@cmake --build $(BUILD) -j$(JOBS)
-	@ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS)
+	@ctest --test-dir $(BUILD) --output-on-failure -j$(TEST_JOBS)
 ifeq ($(SAN),)
 	@cmake --preset fuzz
 	@cmake --build build/fuzz -j$(JOBS)
