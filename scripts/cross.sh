@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-export KESTO_SYSROOT="" KESTO_PROCESSOR="" KESTO_EMULATOR=""
+KESTO_SYSROOT="" KESTO_PROCESSOR="" KESTO_EMULATOR=""
 case "${1:-}" in
   arm64) KESTO_PROCESSOR=aarch64 ;;
   s390x) KESTO_PROCESSOR=s390x ;;
@@ -20,7 +20,8 @@ if [ -z "$KESTO_EMULATOR" ]; then
     zlib1g-dev libgtest-dev libcli11-dev
 fi
 
-cmake --preset cross -B "$build"
+cmake --preset cross -B "$build" -DKESTO_PROCESSOR="$KESTO_PROCESSOR" -DKESTO_SYSROOT="$KESTO_SYSROOT" \
+  -DKESTO_EMULATOR="$KESTO_EMULATOR"
 cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)" -R '^(base|codec|pclxl|hdc|jobsettings|replay)/'
 
