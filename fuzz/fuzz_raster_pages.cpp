@@ -100,7 +100,7 @@ void runJob(RasterStream& raster, const Job& job) {
   try {
     std::optional<PageLoop> loop;
     ImageThread imageThread;
-    if (pageFollows) loop.emplace(raster, imageThread, job.jobSheet ? "job-sheet" : nullptr, job.copies);
+    if (pageFollows) loop.emplace(raster, imageThread, job.jobSheet ? "job-sheet" : nullptr, job.copies, 0);
     writePJLHeader(setting, "title", "user", nullptr);
     startSession(setting.resolution);
     const PagesPrinted printed = loop ? loop->run() : PagesPrinted{};

@@ -52,15 +52,17 @@ PixelFormat jobFormat() {
 
 }  // namespace
 
-PageLoop::PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies)
-    : PageLoop(raster, imageThread, fileType, copies, jobFormat(),
+PageLoop::PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
+                   std::int64_t impressions)
+    : PageLoop(raster, imageThread, fileType, copies, impressions, jobFormat(),
                decideGeometry(*raster.header(), *jobsetting, jobFormat())) {}
 
 PageLoop::PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
-                   PixelFormat format, const PageGeometry& geometry)
+                   std::int64_t impressions, PixelFormat format, const PageGeometry& geometry)
     : raster_(raster),
       imageThread_(imageThread),
       jobSheet_(isJobSheet(fileType)),
+      progress_(impressions),
       ring_(geometry.blockBytes()),
       copies_(copies, jobsetting->duplex == ON, geometry, *this),
       reader_(raster, format, geometry, *this) {}
@@ -81,8 +83,10 @@ void PageLoop::printPage(int number) {
   copies_.beginPage();
   startPage();
   report("PAGE: %d %u\n", number, raster_.header()->NumCopies);
+  progress_.pageBegins(number);
   reader_.readPage();
   endPage();
+  progress_.pageEnds(number);
 }
 
 void PageLoop::send(std::span<const std::uint8_t> block) {

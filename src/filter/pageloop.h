@@ -10,6 +10,7 @@
 #include "filter/lines/blockring.h"
 #include "filter/lines/copycache.h"
 #include "filter/lines/pagereader.h"
+#include "filter/progress.h"
 #include "filter/strips/imagethread.h"
 
 namespace kesto {
@@ -24,9 +25,11 @@ class PageLoop : private BlockTaker, private PageWriter {
  public:
   /// Fixes the page geometry and makes the buffers and the line-block ring, from the raster's current header and the
   /// job settings. Ends the job when the geometry is out of range or memory is short. `fileType` is the spooler's type
-  /// of the file, or null; `copies` is how often each page is to be made here. `raster` and `imageThread` outlive the
-  /// loop; the image thread may outlive it and then finds nothing to do.
-  PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies);
+  /// of the file, or null; `copies` is how often each page is to be made here, `impressions` the number of pages that
+  /// the raster will hold, 0 when it is not known. `raster` and `imageThread` outlive the loop; the image thread may
+  /// outlive it and then finds nothing to do.
+  PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
+           std::int64_t impressions);
 
   /// Prints page after page with its copies until the raster ends, after the first page of a job sheet, or after
   /// SIGTERM; a page that has begun is finished first.
@@ -34,7 +37,7 @@ class PageLoop : private BlockTaker, private PageWriter {
 
  private:
   PageLoop(RasterStream& raster, ImageThread& imageThread, const char* fileType, std::int32_t copies,
-           PixelFormat format, const PageGeometry& geometry);
+           std::int64_t impressions, PixelFormat format, const PageGeometry& geometry);
   void printPage(int number);
 
   // Blocks pass through here on their way from the reader to the ring, so that they can be kept for copies.
@@ -50,6 +53,7 @@ class PageLoop : private BlockTaker, private PageWriter {
   RasterStream& raster_;
   ImageThread& imageThread_;
   bool jobSheet_;
+  Progress progress_;
   BlockRing ring_;
   CopyCache copies_;
   PageReader reader_;

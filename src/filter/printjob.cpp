@@ -140,6 +140,15 @@ std::int32_t copiesToMake(const char* options) {
   return madeBySpooler || collatedFlag_Prototype != 0 ? 1 : uncollatedCopies_Prototype;
 }
 
+/// The number of pages that the renderer will deliver, or 0 when the client has not said how many the document has.
+/// Copies that are not made here are pages of the raster.
+std::int64_t expectedPages(const char* options, const char* fileType, std::int32_t copiesMadeHere) {
+  const char* impressions = ticketValue(options, "job-impressions");
+  if (impressions == nullptr || isJobSheet(fileType)) return 0;
+  const std::int64_t copies = copiesMadeHere == uncollatedCopies_Prototype ? 1 : uncollatedCopies_Prototype;
+  return decimalInteger(impressions) * copies;
+}
+
 /// Ends the job when the renderer's pages could not be read. A raster that ends early is not a read error.
 void checkRaster(const RasterStream& raster) {
   if (raster.error() != 0) failJob("ERROR: Unable to read the pages of the document", raster.error());
@@ -196,7 +205,9 @@ int runJob(int argc, char* argv[]) {
   OutputChannel output;
   std::optional<PageLoop> loop;
   ImageThread imageThread;  // ends before the ring goes that it may be working in
-  if (pageFollows) loop.emplace(raster, imageThread, fileType, copiesToMake(argv[OPTIONS]));
+  const std::int32_t copies = copiesToMake(argv[OPTIONS]);
+  const std::int64_t impressions = expectedPages(argv[OPTIONS], fileType, copies);
+  if (pageFollows) loop.emplace(raster, imageThread, fileType, copies, impressions);
 
   StatusMonitor monitor(device);
   const ChannelGuard guard;

@@ -37,6 +37,13 @@ TEST(NetworkStatus, AnAlertRaisedDuringTheJobIsReportedUntilItIsCleared) {
   EXPECT_NE(told.find("registered 1, unregistered 1,"), std::string::npos) << told;
 }
 
+TEST(NetworkStatus, ThePageThatPrintsTakesNoAlertsPlaceInTheQueue) {
+  PrinterProcess printer({"--error", "Paper jam"});
+  const Outcome outcome = runFilter({.document = SLOW_DOCUMENT, .deviceUri = printer.uri()});
+  EXPECT_GE(outcome.linesWith("WARNING: Paper jam").size(), 5u) << outcome.log;
+  EXPECT_EQ(outcome.linesWith("INFO: Printing page 2"), std::vector<std::string>{}) << outcome.log;
+}
+
 TEST(NetworkStatus, AShortJobWaitsForTheAnswerThatIsOnItsWay) {
   for (const char* delay : {"0", "50", "300"}) {
     SCOPED_TRACE(delay);

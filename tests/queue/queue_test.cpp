@@ -87,7 +87,7 @@ class Queue : public testing::Test {
   /// Makes a queue of low resolution for a printer; a job that fails is given up, and the queue goes on.
   static void addQueue(const std::string& name, const PrinterProcess& printer) {
     spooler_->addQueue(name, printer.uri(), KESTO_PPD,
-                       {"ColorModel=Gray", "Resolution=150dpi", "printer-error-policy=abort-job"});
+                       {"ColorModel=Gray", "cupsPrintQuality=Draft", "printer-error-policy=abort-job"});
   }
   std::string document(int pages) { return folder_.write("pages-" + std::to_string(pages) + ".pdf", greyPdf(pages)); }
 
@@ -165,6 +165,7 @@ TEST_F(Queue, OptionsArriveTheWaysAPersonChoosesThem) {
       {"InputSlot=Tray1", {"MediaSource=4"}, 1704},
       {"InputSlot=Tray2", {"MediaSource=5"}, 1704},
       {"MediaType=Glossy", {"\"Glossy\""}, 1704},
+      {"media-col={media-type=stationery-heavyweight}", {"\"Heavy\""}, 1704},
       {"Duplex=DuplexNoTumble", {"DUPLEX=ON", "BINDING=LONGEDGE"}, 1704},
       {"TonerSave=On", {"ECONOMODE=ON"}, 1704},
       {"TonerSave=true", {"ECONOMODE=ON"}, 1704},
@@ -193,6 +194,12 @@ TEST_F(Queue, OptionsArriveTheWaysAPersonChoosesThem) {
   expectList(
       printToFile({"-o", "media=na_index-3x5_3x5in", "-o", "TonerSave=Off", "-o", "print-color-mode=color"}, {0.5}),
       {"\"INDEX CARD\"", "LPAGEMODE=NORMAL", "ECONOMODE=OFF", "LCOLORMODEL=CMYK"}, "a job's choices");
+}
+
+TEST_F(Queue, PostScriptPrintsAsWell) {
+  spooler_->addQueue("postscript", "file://" + spooler_->outputPath("postscript"), KESTO_PPD);
+  spooler_->print("postscript", KESTO_EXAMPLES "/sample.ps", {"-o", "cupsPrintQuality=Draft"});
+  EXPECT_EQ(parseJob(contentOf<Bytes>(spooler_->outputPath("postscript"))).pages.size(), 3u);
 }
 
 TEST_F(Queue, CancellingEndsTheJobInOrderAndTheQueueGoesOn) {
