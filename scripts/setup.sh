@@ -9,7 +9,7 @@ case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
   coverage) packages="$build clang libclang-rt-dev llvm" ;;
-  package) packages="$build dpkg-dev file" ;;
+  package) packages="$build build-essential debhelper nlohmann-json3-dev" ;;
   cross) packages="$build libgtest-dev cups g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user" ;;
   bench) packages="$build python3" ;;
   lint) packages="$build libgtest-dev clang libclang-rt-dev clang-format clang-tidy" ;;
