@@ -1,9 +1,5 @@
 # Installing: the filter and the driver file go where CUPS looks for them. debian/ makes the package of it.
 
-# Folders that others can enter, whatever the umask is.
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
-    WORLD_READ WORLD_EXECUTE)
-
 find_program(CUPS_CONFIG cups-config REQUIRED)
 execute_process(COMMAND ${CUPS_CONFIG} --serverbin OUTPUT_VARIABLE CUPS_SERVERBIN
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)

@@ -21,8 +21,10 @@ unpack_libraries() {
   done
 }
 
+architecture=$(dpkg --print-architecture)
 options="-us -uc -b"
-if [ -n "${1:-}" ] && [ "$1" != "$(dpkg --print-architecture)" ]; then
+if [ "${1:-$architecture}" != "$architecture" ]; then
+  architecture=$1
   root=$PWD/build/$1.root
   [ -e "$root.apt/complete" ] || { echo "package.sh: no system root for '$1': run make cross ARCH=$1 first" >&2; exit 2; }
   KESTO_CMAKE="-DCMAKE_TOOLCHAIN_FILE=$work/kesto/cmake/cross.cmake -DKESTO_SYSROOT=$root"
@@ -33,7 +35,10 @@ if [ -n "${1:-}" ] && [ "$1" != "$(dpkg --print-architecture)" ]; then
   # Without a look at the build dependencies: they are in the system root.
   options="$options -d -a$1"
 fi
+export DEB_BUILD_OPTIONS="${DEB_BUILD_OPTIONS:-terse}"
 # shellcheck disable=SC2086
 (cd "$work/kesto" && dpkg-buildpackage $options)
 rm -rf "$work/kesto" "$work/libraries"
+# Those of earlier versions go, so that a pattern names one package.
+rm -f out/*_"$architecture".*
 mv "$work"/* out/
