@@ -51,11 +51,7 @@ coverage: setup-coverage
 	@scripts/fuzz_coverage.sh
 
 package: setup-package
-	@cmake --preset release -DKESTO_TESTS=OFF
-	@cmake --build build/release -j$(JOBS)
-	@cpack --config build/release/CPackConfig.cmake -B out
-	@if [ -n "$(ARCH)" ]; then scripts/foreign_package.sh $(ARCH); fi
-	@rm -rf out/_CPack_Packages
+	@scripts/package.sh $(ARCH)
 
 cross: setup-cross
 	@cmake --preset release -DKESTO_TESTS=ON

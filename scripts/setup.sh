@@ -4,12 +4,12 @@
 set -eu
 
 build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters
-  libcli11-dev libjpeg62-turbo-dev libpng-dev zlib1g-dev"
+  libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
   coverage) packages="$build clang libclang-rt-dev llvm" ;;
-  package) packages="$build dpkg-dev file" ;;
+  package) packages="$build build-essential debhelper" ;;
   cross) packages="$build libgtest-dev cups g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user" ;;
   bench) packages="$build python3" ;;
   lint) packages="$build libgtest-dev clang libclang-rt-dev clang-format clang-tidy" ;;
