@@ -5,7 +5,7 @@
 namespace kesto::tools {
 
 std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   const auto kind = static_cast<CLI::ExitCodes>(error.get_exit_code());
   if (kind == CLI::ExitCodes::ExtrasError) {
     const std::vector<std::string> extras = app.remaining(true);
