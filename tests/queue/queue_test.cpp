@@ -277,5 +277,13 @@ TEST_F(Queue, AnAlertOfThePrinterIsTheQueuesMessageWhileTheJobRuns) {
   EXPECT_NE(printer.finish().find("registered 1, unregistered 1,"), std::string::npos);
 }
 
+TEST_F(Queue, KnowsHowFullThePrintersTonerIs) {
+  PrinterProcess printer({"--level", "black=12"});
+  spooler_->addQueue("toner", "socket://" + printer.address(), KESTO_PPD);
+  spooler_->print("toner", document(1));
+  const std::string options = spooler_->client("lpoptions", {"-p", "toner"});
+  EXPECT_NE(options.find("marker-levels=100,100,100,12 "), std::string::npos) << options;
+}
+
 }  // namespace
 }  // namespace kesto::test

@@ -14,7 +14,7 @@ class PrinterProcess {
  public:
   explicit PrinterProcess(const std::vector<std::string>& options = {}, int number = 0);
 
-  /// The device URI; the backend asks real printers for their supplies by SNMP and would wait for an answer.
+  /// The device URI; the backend is not to ask for supplies by SNMP, which the printer answers only if run by root.
   [[nodiscard]] std::string uri() const { return "socket://" + address_ + ":9100/?snmp=false"; }
 
   [[nodiscard]] const std::string& address() const { return address_; }

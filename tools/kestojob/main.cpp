@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "commandline.h"
 #include "kestojob/pagepictures.h"
 #include "kestojob/progress.h"
 #include "kestojob/reader/fault.h"
@@ -21,7 +22,7 @@
 namespace kesto::job {
 namespace {
 
-enum ExitStatus { GOOD = 0, BAD = 1, WRONG_CALL = 2 };
+enum ExitStatus { GOOD = 0, BAD = 1 };
 
 constexpr unsigned SMALLEST_SCALE = 256;
 
@@ -106,7 +107,6 @@ std::string scaleError(const std::string& text) {
 /// Puts the command line together; a command's callback has set `run` when it was called for.
 void declare(CLI::App& app, Call& call, void (*&run)(const Call&)) {
   app.require_subcommand(1);
-  app.set_version_flag("--version", "kestojob " KESTO_VERSION);
   app.footer(
       "JOB is a file, or - for standard input.\nExit status: 0 good, 1 a fault or a file that cannot be used, "
       "2 a wrong call.");
@@ -164,10 +164,6 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
   void (*run)(const Call&) = nullptr;
   CLI::App app("Lists, checks and shows what is in a printer job.", "kestojob");
   declare(app, call, run);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? GOOD : WRONG_CALL;
-  }
+  if (const auto status = kesto::tools::parseCommandLine(app, argc, argv)) return *status;
   return runCall(call, run);
 }

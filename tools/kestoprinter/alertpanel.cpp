@@ -38,6 +38,7 @@ std::string AlertPanel::obey(std::string_view line) {
     alerts_.clear();
     return {};
   }
+  if (verb == "level") return supplies_.set(line);
   if (verb != "alert") return "unknown command '" + std::string(verb) + "'";
   const std::string_view kind = takeWord(line);
   if (kind != "error" && kind != "warning") return "an alert is an error or a warning";

@@ -1,9 +1,12 @@
-// The virtual printer's panel: which alerts it shows, and the lines by which they are changed while it runs.
+// The virtual printer's panel: which alerts it shows, how full its toner cartridges are, and the lines by which these
+// are changed while it runs.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "kestoprinter/supplies.h"
 
 namespace kesto::printer {
 
@@ -14,17 +17,19 @@ struct PanelAlert {
 
 class AlertPanel {
  public:
-  /// Obeys one line: `alert error "TEXT"`, `alert warning "TEXT"` (the quotes may be left out) or `clear`. Returns an
-  /// empty text, or what is wrong with the line.
+  /// Obeys one line: `alert error "TEXT"`, `alert warning "TEXT"` (the quotes may be left out), `clear` or
+  /// `level COLOUR=PERCENT`. Returns an empty text, or what is wrong with the line.
   [[nodiscard]] std::string obey(std::string_view line);
 
   [[nodiscard]] const std::vector<PanelAlert>& alerts() const { return alerts_; }
+  [[nodiscard]] const Supplies& supplies() const { return supplies_; }
 
   /// The alert mask of an answer: bit 0 when an error is shown, bit 1 when a warning is.
   [[nodiscard]] unsigned char mask() const;
 
  private:
   std::vector<PanelAlert> alerts_;
+  Supplies supplies_;
 };
 
 /// Lines for the panel that come from a descriptor.

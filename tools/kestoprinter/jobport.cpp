@@ -4,6 +4,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <limits>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -29,11 +31,19 @@ bool writeAll(int file, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-int makeJobFile(const std::string& folder, int number, std::string& name) {
-  std::array<char, 32> file = {};
-  std::snprintf(file.data(), file.size(), "/job-%04d.prn", number);
-  name = folder + file.data();
-  return open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+int makeJobFile(const std::string& folder, int& number, std::string& name) {
+  for (;; ++number) {
+    std::array<char, 32> file = {};
+    std::snprintf(file.data(), file.size(), "/job-%04d.prn", number);
+    name = folder + file.data();
+    // Whatever has this name, be it a link that leads nowhere, is left alone.
+    const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor >= 0 || errno != EEXIST || number == std::numeric_limits<int>::max()) return descriptor;
+  }
+}
+
+void complainOf(const std::string& file) {
+  std::fprintf(stderr, "kestoprinter: %s: %s\n", file.c_str(), std::generic_category().message(errno).c_str());
 }
 
 JobPort::~JobPort() {
@@ -43,14 +53,7 @@ JobPort::~JobPort() {
 void JobPort::accept(int listener) {
   const int descriptor = ::accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
   if (descriptor < 0) return;
-  Connection connection{.number = ++count_, .descriptor = descriptor, .file = -1, .name = {}};
-  connection.file = makeJobFile(behaviour_.folder, connection.number, connection.name);
-  if (connection.file < 0) {
-    std::perror(connection.name.c_str());
-    close(descriptor);
-    return;
-  }
-  connections_.push_back(std::move(connection));
+  connections_.push_back({.number = 0, .descriptor = descriptor, .file = -1, .name = {}});
 }
 
 JobPort::Clock::time_point JobPort::work() {
@@ -73,8 +76,13 @@ bool JobPort::takeSome(Connection& connection) {
   if (behaviour_.closeAfter > 0) wanted = std::min<std::uint64_t>(wanted, behaviour_.closeAfter - connection.bytes);
   const ssize_t got = recv(connection.descriptor, buffer.data(), wanted, 0);
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) return true;
-  if (got <= 0 || !writeAll(connection.file, std::span(buffer).first(static_cast<std::size_t>(got)))) {
+  if (got <= 0) {
     finish(connection, got == 0);
+    return false;
+  }
+  if (!keep(connection, std::span(buffer).first(static_cast<std::size_t>(got)))) {
+    complainOf(connection.name);
+    finish(connection, false);
     return false;
   }
   connection.bytes += static_cast<std::uint64_t>(got);
@@ -86,8 +94,20 @@ bool JobPort::takeSome(Connection& connection) {
   return true;
 }
 
+/// Appends to the job's file, which the first bytes make; false with errno set when that fails.
+bool JobPort::keep(Connection& connection, std::span<const std::uint8_t> bytes) {
+  if (connection.file < 0) {
+    connection.number = lastNumber_ + 1;
+    connection.file = makeJobFile(behaviour_.folder, connection.number, connection.name);
+    if (connection.file < 0) return false;
+    lastNumber_ = connection.number;
+  }
+  return writeAll(connection.file, bytes);
+}
+
 void JobPort::finish(Connection& connection, bool complete) {
   close(connection.descriptor);
+  if (connection.file < 0) return;  // somebody has only looked whether the port is open
   close(connection.file);
   finished_({connection.number, connection.name, connection.bytes, complete});
 }

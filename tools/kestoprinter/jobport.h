@@ -1,4 +1,4 @@
-// The virtual printer's job port: each connection is a job, and each job is kept as a file.
+// The virtual printer's job port: each connection over which something comes is a job, and each job is kept as a file.
 #pragma once
 
 #include <chrono>
@@ -18,7 +18,7 @@ struct JobBehaviour {
 
 /// A job that is over.
 struct KeptJob {
-  int number;
+  int number;  ///< of its file
   std::string file;
   std::uint64_t bytes;
   bool complete;  ///< the sender closed it, not the printer or an error
@@ -27,8 +27,9 @@ struct KeptJob {
 /// Writes all of `bytes`; false, with errno set, when that fails.
 [[nodiscard]] bool writeAll(int file, std::span<const std::uint8_t> bytes);
 
-/// Makes the file of job `number` in a folder; its descriptor, or -1 with errno set. `name` becomes its path.
-[[nodiscard]] int makeJobFile(const std::string& folder, int number, std::string& name);
+/// Makes a new file for a job in a folder, with the first number from `number` on that is free. `number` and `name`
+/// become its number and path. Returns its descriptor, or -1 with errno set.
+[[nodiscard]] int makeJobFile(const std::string& folder, int& number, std::string& name);
 
 class JobPort {
  public:
@@ -46,24 +47,28 @@ class JobPort {
   /// Reads what the connections have sent, as far as their pace allows. Returns when to look again at the latest.
   Clock::time_point work();
 
+  /// Whether a job is being taken.
+  [[nodiscard]] bool isBusy() const { return !connections_.empty(); }
+
   /// The connections whose input is wanted now, to be waited for by the caller.
   void forEachReading(const std::function<void(int)>& visit) const;
 
  private:
   struct Connection {
-    int number, descriptor, file;
+    int number, descriptor, file;  ///< number and file: none before the first bytes
     std::string name;
     std::uint64_t bytes = 0;
     Clock::time_point next{};  ///< not before this time
   };
 
   bool takeSome(Connection& connection);
+  bool keep(Connection& connection, std::span<const std::uint8_t> bytes);
   void finish(Connection& connection, bool complete);
 
   JobBehaviour behaviour_;
   std::function<void(const KeptJob&)> finished_;
   std::list<Connection> connections_;
-  int count_ = 0;
+  int lastNumber_ = 0;  ///< of a job's file
 };
 
 }  // namespace kesto::printer

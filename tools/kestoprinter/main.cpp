@@ -2,201 +2,135 @@
 // port and for status requests on a UDP port; on USB it runs a filter, or is run by the spooler as a backend. It shows
 // alerts that its command line, its standard input or its device URI name.
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
-#include <map>
 #include <stdexcept>
 #include <string>
-#include <system_error>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include "kestoprinter/alertpanel.h"
-#include "kestoprinter/jobport.h"
-#include "kestoprinter/statusport.h"
+#include "commandline.h"
+#include "kestoprinter/networkprinter.h"
+#include "kestoprinter/printermib.h"
 #include "kestoprinter/usbjob.h"
 
 namespace {
 
 using namespace kesto::printer;
-using Clock = std::chrono::steady_clock;
 
 std::atomic<bool> ended{false};
 
 struct Settings {
-  std::string address = "127.0.0.1";
-  std::uint16_t port = 9100;
-  std::uint16_t statusPort = 9300;
-  int maxJobs = 0;
+  NetworkSettings network;
   JobBehaviour jobs;
   StatusBehaviour status;
   UsbBehaviour usb;
   std::vector<std::string> filter;  ///< the USB printer's program with its arguments
-  std::vector<std::string> errors, warnings;
+  std::vector<std::string> errors, warnings, levels;
 };
 
-void addTime(CLI::App& app, const std::string& name, std::chrono::milliseconds& time, const std::string& text) {
-  app.add_option_function<unsigned>(
-      name, [&time](unsigned value) { time = std::chrono::milliseconds(value); }, text);
+struct Range {
+  std::uint64_t low, high;
+};
+constexpr Range PORTS = {1, 65535};
+constexpr Range MILLISECONDS = {0, 3600000};
+constexpr Range BYTES = {1, 1000000000000};
+
+/// Adds an option for a whole number, which becomes `value`. The last name in `names` stands in messages.
+template <class Value>
+void addNumber(CLI::App& app, const std::string& names, Value& value, const Range& range, const std::string& text) {
+  const auto read = [&value, range, name = names.substr(names.rfind(',') + 1)](const std::string& digits) {
+    std::uint64_t number = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto parsed = std::from_chars(digits.data(), end, number);
+    if (parsed.ec != std::errc() || parsed.ptr != end || number < range.low || number > range.high) {
+      throw CLI::ValidationError(
+          name, "takes a number from " + std::to_string(range.low) + " to " + std::to_string(range.high));
+    }
+    value = static_cast<Value>(number);
+  };
+  CLI::Option* const option = app.add_option_function<std::string>(names, read, text)->type_name("N");
+  if constexpr (std::is_integral_v<Value>) {
+    if (value != 0) option->default_str(std::to_string(value));
+  }
+}
+
+void addFault(CLI::App& app, Fault& fault) {
+  static constexpr std::array<std::pair<std::string_view, Fault>, 5> FAULTS = {{{"silent", Fault::SILENT},
+                                                                                {"garbage", Fault::GARBAGE},
+                                                                                {"truncated", Fault::TRUNCATED},
+                                                                                {"oversized", Fault::OVERSIZED},
+                                                                                {"wrong-id", Fault::WRONG_ID}}};
+  std::string kinds;
+  for (const auto& [kind, value] : FAULTS) kinds += (kinds.empty() ? "" : "|") + std::string(kind);
+  const auto read = [&fault, kinds](const std::string& text) {
+    const auto* const found = std::ranges::find(FAULTS, text, &std::pair<std::string_view, Fault>::first);
+    if (found == FAULTS.end()) throw CLI::ValidationError("--fault", "takes " + kinds);
+    fault = found->second;
+  };
+  app.add_option_function<std::string>("--fault", read, "answer status requests badly")->option_text(kinds);
 }
 
 /// What both faces of the printer have; what the command line does not settle is the printer's default.
 void addCommonOptions(CLI::App& app, Settings& settings) {
-  const std::map<std::string, Fault> faults = {{"silent", Fault::SILENT},
-                                               {"garbage", Fault::GARBAGE},
-                                               {"truncated", Fault::TRUNCATED},
-                                               {"oversized", Fault::OVERSIZED},
-                                               {"wrong-id", Fault::WRONG_ID}};
   app.add_option("-o,--output", settings.jobs.folder, "folder in which jobs are kept")
+      ->type_name("FOLDER")
       ->capture_default_str()
-      ->check(CLI::ExistingDirectory);
+      ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   app.add_option("--error", settings.errors, "show an error with this text (may be repeated)");
   app.add_option("--warning", settings.warnings, "show a warning with this text (may be repeated)");
-  app.add_option("--packets", settings.status.packets, "answer alert requests in so many packets")
-      ->check(CLI::Range(1, 64));
-  addTime(app, "--delay", settings.status.delay, "wait so many milliseconds before each answer");
-  app.add_option("--fault", settings.status.fault, "answer status requests badly")
-      ->transform(CLI::CheckedTransformer(faults))
-      ->option_text("silent|garbage|truncated|oversized|wrong-id");
+  addNumber(app, "--packets", settings.status.packets, {1, 64}, "answer alert requests in so many packets");
+  addNumber(app, "--delay", settings.status.delay, MILLISECONDS, "wait so many milliseconds before each answer");
+  addFault(app, settings.status.fault);
+}
+
+std::string addressError(const std::string& text) {
+  in_addr address = {};
+  return inet_pton(AF_INET, text.c_str(), &address) == 1 ? "" : "takes an IPv4 address";
+}
+
+std::string levelError(const std::string& text) {
+  return Supplies().set(text);
 }
 
 void addNetworkOptions(CLI::App& app, Settings& settings) {
-  app.add_option("-a,--address", settings.address, "IPv4 address to listen on")->capture_default_str();
-  app.add_option("-p,--port", settings.port, "TCP port for jobs")->capture_default_str();
-  app.add_option("-s,--status-port", settings.statusPort, "UDP port for status requests")->capture_default_str();
-  app.add_option("-n,--jobs", settings.maxJobs, "end after so many jobs");
-  app.add_option("--slow", settings.jobs.bytesPerSecond, "take jobs at so many bytes a second");
-  app.add_option("--close-after", settings.jobs.closeAfter, "close a job's connection after so many bytes");
+  NetworkSettings& network = settings.network;
+  app.add_option("-a,--address", network.address, "IPv4 address to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str()
+      ->check(addressError);
+  addNumber(app, "-p,--port", network.port, PORTS, "TCP port for jobs");
+  addNumber(app, "-s,--status-port", network.statusPort, PORTS, "UDP port for status requests");
+  addNumber(app, "--snmp-port", network.snmpPort, {0, PORTS.high},
+            "UDP port for SNMP, 0 for none (default: 161 if it can be had)");
+  app.add_option("--level", settings.levels, "how full a toner cartridge is, in percent (may be repeated)")
+      ->type_name("COLOUR=PERCENT")
+      ->check(levelError);
+  addNumber(app, "-n,--jobs", network.maxJobs, {1, 1000000000}, "end after so many jobs");
+  addNumber(app, "--slow", settings.jobs.bytesPerSecond, BYTES, "take jobs at so many bytes a second");
+  addNumber(app, "--close-after", settings.jobs.closeAfter, BYTES, "close a job's connection after so many bytes");
 }
 
 void addUsbOptions(CLI::App& app, Settings& settings) {
-  app.add_option("--piece", settings.usb.piece, "send answers in pieces of so many bytes")
-      ->capture_default_str()
-      ->check(CLI::PositiveNumber);
-  addTime(app, "--gap", settings.usb.gap, "wait so many milliseconds between two pieces");
+  addNumber(app, "--piece", settings.usb.piece, BYTES, "send answers in pieces of so many bytes");
+  addNumber(app, "--gap", settings.usb.gap, MILLISECONDS, "wait so many milliseconds between two pieces");
 }
 
-/// A socket of `type` bound to the address and port.
-int bindSocket(int type, const std::string& address, std::uint16_t port) {
-  const int descriptor = socket(AF_INET, type | SOCK_CLOEXEC, 0);
-  sockaddr_in local = {};
-  local.sin_family = AF_INET;
-  local.sin_port = htons(port);
-  if (inet_pton(AF_INET, address.c_str(), &local.sin_addr) != 1)
-    throw std::runtime_error(address + " is no IPv4 address");
-  const int on = 1;
-  setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  const void* generic = &local;
-  if (bind(descriptor, static_cast<const sockaddr*>(generic), sizeof local) != 0 ||
-      (type == SOCK_STREAM && listen(descriptor, 16) != 0)) {
-    throw std::system_error(errno, std::generic_category(), address + ":" + std::to_string(port));
-  }
-  return descriptor;
-}
-
-void showAlerts(AlertPanel& panel, const Settings& settings) {
+/// Brings the panel into the state that the options name.
+void setPanel(AlertPanel& panel, const Settings& settings) {
   for (const std::string& text : settings.errors) obeyOrComplain(panel, "alert error " + text);
   for (const std::string& text : settings.warnings) obeyOrComplain(panel, "alert warning " + text);
+  for (const std::string& text : settings.levels) obeyOrComplain(panel, "level " + text);
 }
-
-/// The running printer: both ports, the panel, and answers that wait for their time.
-class Printer {
- public:
-  explicit Printer(const Settings& settings)
-      : settings_(settings),
-        jobs_(settings.jobs, [this](const KeptJob& job) { jobIsOver(job); }),
-        status_(settings.status),
-        jobListener_(bindSocket(SOCK_STREAM, settings.address, settings.port)),
-        statusSocket_(bindSocket(SOCK_DGRAM, settings.address, settings.statusPort)) {
-    showAlerts(panel_, settings);
-    std::printf("listening on %s, jobs on port %d, status on port %d\n", settings.address.c_str(), settings.port,
-                settings.statusPort);
-  }
-  Printer(const Printer&) = delete;
-  Printer& operator=(const Printer&) = delete;
-  ~Printer() {
-    close(jobListener_);
-    close(statusSocket_);
-  }
-
-  void run() {
-    while (!ended && (settings_.maxJobs == 0 || finishedJobs_ < settings_.maxJobs)) {
-      const auto next = std::min(jobs_.work(), sendDueAnswers());
-      waitForInput(next);
-    }
-    const StatusCounts& counts = status_.counts();
-    std::printf("registered %d, unregistered %d, asked for alerts %d, OIR %d\n", counts.registered, counts.unregistered,
-                counts.polls, counts.oirPolls);
-  }
-
- private:
-  struct DueAnswer {
-    Clock::time_point time;
-    sockaddr_in to;
-    Bytes datagram;
-  };
-
-  void waitForInput(Clock::time_point next) {
-    std::vector<pollfd> inputs = {
-        {jobListener_, POLLIN, 0}, {statusSocket_, POLLIN, 0}, {commands_.descriptor(), POLLIN, 0}};
-    jobs_.forEachReading([&](int descriptor) { inputs.push_back({descriptor, POLLIN, 0}); });
-    const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(next - Clock::now()).count();
-    if (poll(inputs.data(), inputs.size(), static_cast<int>(std::max<std::int64_t>(wait, 1))) <= 0) return;
-    if (inputs[0].revents != 0) jobs_.accept(jobListener_);
-    if (inputs[1].revents != 0) takeRequest();
-    if (inputs[2].revents != 0) commands_.read(panel_);
-  }
-
-  void takeRequest() {
-    Bytes request(2048);
-    sockaddr_in from = {};
-    socklen_t size = sizeof from;
-    void* generic = &from;
-    const ssize_t got =
-        recvfrom(statusSocket_, request.data(), request.size(), 0, static_cast<sockaddr*>(generic), &size);
-    if (got <= 0) return;
-    request.resize(static_cast<std::size_t>(got));
-    for (Bytes& datagram : status_.answer(request, panel_)) {
-      due_.push_back({Clock::now() + status_.delay(), from, std::move(datagram)});
-    }
-  }
-
-  /// Sends the answers whose time has come; returns when the next one is due.
-  Clock::time_point sendDueAnswers() {
-    for (; !due_.empty() && due_.front().time <= Clock::now(); due_.pop_front()) {
-      const DueAnswer& answer = due_.front();
-      const void* generic = &answer.to;
-      sendto(statusSocket_, answer.datagram.data(), answer.datagram.size(), 0, static_cast<const sockaddr*>(generic),
-             sizeof answer.to);
-    }
-    return due_.empty() ? Clock::time_point::max() : due_.front().time;
-  }
-
-  void jobIsOver(const KeptJob& job) {
-    ++finishedJobs_;
-    std::printf("job %d: %llu bytes in %s%s\n", job.number, static_cast<unsigned long long>(job.bytes),
-                job.file.c_str(), job.complete ? "" : ", broken off");
-  }
-
-  Settings settings_;
-  AlertPanel panel_;
-  JobPort jobs_;
-  StatusPort status_;
-  int jobListener_, statusSocket_;
-  PanelInput commands_{STDIN_FILENO};
-  std::deque<DueAnswer> due_;
-  int finishedJobs_ = 0;
-};
 
 bool isEnded() {
   return ended;
@@ -204,16 +138,24 @@ bool isEnded() {
 
 int printOnUsb(const Settings& settings) {
   UsbPrinter printer(settings.status, settings.usb);
-  showAlerts(printer.panel(), settings);
+  setPanel(printer.panel(), settings);
   return printFilter(printer, settings.filter, {.folder = settings.jobs.folder, .ended = isEnded});
+}
+
+int printOnNetwork(const Settings& settings) {
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  NetworkPrinter printer(settings.network, settings.jobs, settings.status);
+  setPanel(printer.panel(), settings);
+  printer.run(isEnded);
+  return 0;
 }
 
 /// The spooler's backend: without arguments it lists its device, with those of a job it prints.
 int runBackend(int argc, char* argv[]) {
   enum Argument { PROGRAM, JOB_ID, USER, TITLE, COPIES, OPTIONS, FILE_NAME };
   if (argc <= OPTIONS) {
-    std::puts(
-        R"(direct usb://Kesto/Page "Kesto Page" "Kesto virtual USB printer" "MFG:Kesto;MDL:Page;CMD:PJL,PCLXL;" "")");
+    std::printf("direct usb://Kesto/Page \"%s\" \"Kesto virtual USB printer\" \"%s\" \"\"\n", MAKE_AND_MODEL,
+                DEVICE_ID);
     return 0;
   }
   Settings settings;
@@ -223,9 +165,13 @@ int runBackend(int argc, char* argv[]) {
   const char* uri = std::getenv("DEVICE_URI");  // NOLINT(concurrency-mt-unsafe): one thread
   std::vector<std::string> options = optionsOf(uri != nullptr ? uri : "");
   std::ranges::reverse(options);  // the parser takes the last one first
-  app.parse(options);
+  try {
+    app.parse(options);
+  } catch (const CLI::ParseError& error) {
+    throw std::runtime_error("device URI: " + kesto::tools::reasonOf(app, error));
+  }
   UsbPrinter printer(settings.status, settings.usb);
-  showAlerts(printer.panel(), settings);
+  setPanel(printer.panel(), settings);
   printBackend(printer, argc > FILE_NAME ? argv[FILE_NAME] : "",
                {.folder = settings.jobs.folder, .number = std::atoi(argv[JOB_ID]), .ended = isEnded});
   return 0;
@@ -245,12 +191,9 @@ int runProgram(int argc, char* argv[]) {
   CLI::App* usb = app.add_subcommand("usb", "runs a filter as a USB printer: usb [options] -- PROGRAM ARGUMENT...");
   usb->fallthrough();
   addUsbOptions(*usb, settings);
-  usb->add_option("command", settings.filter, "the filter and its arguments")->required();
-  CLI11_PARSE(app, argc, argv);
-  if (usb->parsed()) return printOnUsb(settings);
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
-  Printer(settings).run();
-  return 0;
+  usb->add_option("PROGRAM", settings.filter, "the filter and its arguments")->required();
+  if (const auto status = kesto::tools::parseCommandLine(app, argc, argv)) return *status;
+  return usb->parsed() ? printOnUsb(settings) : printOnNetwork(settings);
 }
 
 }  // namespace
@@ -264,7 +207,8 @@ int main(int argc, char* argv[]) {
   try {
     return runProgram(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "kestoprinter: %s\n", error.what());
+    // The spooler shows a backend's lines that are marked as errors.
+    std::fprintf(stderr, "%skestoprinter: %s\n", isBackend(argv[0]) ? "ERROR: " : "", error.what());
     return 1;
   }
 }

@@ -12,50 +12,34 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
 #include "kestoprinter/jobport.h"
 
 namespace kesto::printer {
 namespace {
 
-constexpr int BACK_CHANNEL = 3;
-
 [[noreturn]] void failWith(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// A descriptor that is closed with its owner.
-class File {
- public:
-  explicit File(int descriptor) : descriptor_(descriptor) {}
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() { close(); }
-  [[nodiscard]] int get() const { return descriptor_; }
-  void close() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-    descriptor_ = -1;
-  }
-
- private:
-  int descriptor_;
-};
-
-File jobFile(const UsbJob& job) {
+Descriptor jobFile(const UsbJob& job) {
   std::string name;
-  const int descriptor = makeJobFile(job.folder, job.number, name);
-  if (descriptor < 0) failWith(name);
-  return File(descriptor);
+  int number = std::max(job.number, 1);
+  Descriptor descriptor(makeJobFile(job.folder, number, name));
+  if (descriptor.get() < 0) failWith(name);
+  return descriptor;
 }
 
-/// Becomes the program, with its output on `output` and its back channel on `answers`. Only calls that are safe after a
-/// fork.
-[[noreturn]] void becomeFilter(char* const arguments[], int output, int answers) {
+/// Becomes the program, with its output on `output` and its back channel on `answers`, or reports `failure`. Only calls
+/// that are safe after a fork.
+[[noreturn]] void becomeFilter(char* const arguments[], std::string_view failure, int output, int answers) {
   const int nothing = open("/dev/null", O_RDONLY);
   dup2(nothing, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(answers, BACK_CHANNEL);
   signal(SIGPIPE, SIG_DFL);
   execvp(arguments[0], arguments);
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, failure.data(), failure.size());
   _exit(127);
 }
 
@@ -83,19 +67,20 @@ std::string decoded(std::string_view text) {
 }  // namespace
 
 int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, const UsbJob& job) {
-  const File file = jobFile(job);
+  const Descriptor file = jobFile(job);
   std::array<int, 2> output{}, answers{};
   if (pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(answers.data(), O_CLOEXEC) != 0) failWith("pipe");
-  const File data(output[0]), answerEnd(answers[1]);
-  File childOutput(output[1]), childAnswers(answers[0]);
+  const Descriptor data(output[0]), answerEnd(answers[1]);
+  Descriptor childOutput(output[1]), childAnswers(answers[0]);
   setenv("DEVICE_URI", "usb://Kesto/Page", 0);  // NOLINT(concurrency-mt-unsafe): one thread
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
+  const std::string failure = "kestoprinter: " + command.front() + " cannot be run\n";
   const pid_t child = fork();
   if (child < 0) failWith("fork");
-  if (child == 0) becomeFilter(arguments.data(), childOutput.get(), childAnswers.get());
+  if (child == 0) becomeFilter(arguments.data(), failure, childOutput.get(), childAnswers.get());
   childOutput.close();
   childAnswers.close();
 
@@ -108,8 +93,8 @@ int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, co
 }
 
 void printBackend(UsbPrinter& printer, const std::string& file, const UsbJob& job) {
-  const File kept = jobFile(job);
-  const File data(file.empty() ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor kept = jobFile(job);
+  const Descriptor data(file.empty() ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (data.get() < 0) failWith(file);
   printer.run(data.get(), kept.get(), BACK_CHANNEL, -1, job.ended);
 }
