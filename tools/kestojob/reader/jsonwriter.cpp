@@ -75,6 +75,7 @@ class JsonWriter : public ListWriter {
   JsonWriter& operator=(const JsonWriter&) = delete;
   ~JsonWriter() override { out_ << "\n]\n"; }
 
+  void job(std::uint64_t offset, std::uint64_t number) override { write(element(offset, "job", "number", number)); }
   void npa(const NpaPacket& packet) override { write(element(packet.offset, "npa", "bytes", hexBytes(packet.bytes))); }
   void pjl(const PjlLine& line) override { write(element(line.offset, "pjl", "text", line.text)); }
   void header(const StreamHeader& header) override { write(element(header.offset, "header", "text", header.text)); }
@@ -88,7 +89,7 @@ class JsonWriter : public ListWriter {
   }
   void image(const StripData& data) override {
     Json object = stripElement(data, "image");
-    const double plain = static_cast<double>(data.width * data.height * data.bytesPerPixel);
+    const double plain = data.plainBytes();
     if (data.block.length > 0) object["ratio"] = std::round(plain / data.block.length * 1000) / 1000;
     write(object);
   }
