@@ -60,7 +60,8 @@ class CheckTask : public JobTask {
     progress_->clear();
     if (job.good) {
       std::cout << job.label << ": good: " << counted(summary_.pages, "page") << ", "
-                << counted(summary_.strips, "strip") << ", " << counted(summary_.bytes, "byte") << '\n';
+                << counted(summary_.strips, "strip") << ", " << counted(summary_.bytes, "byte") << '\n'
+                << std::flush;
     }
     for (const Note& note : notes_) {
       complain(job.label + ": note: offset " + std::to_string(note.offset) + ": " + note.sentence);

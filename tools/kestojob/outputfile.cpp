@@ -43,7 +43,8 @@ void watchSignals() {
       struct sigaction before = {};
       if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) sigaction(signal, &action, nullptr);
     }
-    std::signal(SIGXFSZ, SIG_IGN);
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &action, nullptr);
     return true;
   }();
   static_cast<void>(watched);
@@ -56,11 +57,11 @@ class SignalsHeld {
     sigset_t ending;
     sigemptyset(&ending);
     for (const int signal : ENDING) sigaddset(&ending, signal);
-    sigprocmask(SIG_BLOCK, &ending, &before_);
+    pthread_sigmask(SIG_BLOCK, &ending, &before_);
   }
   SignalsHeld(const SignalsHeld&) = delete;
   SignalsHeld& operator=(const SignalsHeld&) = delete;
-  ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
  private:
   sigset_t before_{};
