@@ -12,6 +12,10 @@ install(TARGETS pdftokesto DESTINATION ${CUPS_SERVERBIN}/filter
 install(FILES ppd/kesto.drv DESTINATION ${CUPS_DATADIR}/drv)
 install(TARGETS kestojob kestoprinter DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES man/kestojob.1 man/kestoprinter.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# bash-completion looks for a file with the program's name.
+foreach(program kestojob kestoprinter kestodoctor)
+  install(FILES completion/kesto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+endforeach()
 # Not beside it: the spooler takes every file there for a driver information file.
 install(DIRECTORY ppd/po/ DESTINATION ${CUPS_DATADIR}/ppdc FILES_MATCHING PATTERN "*.po")
 install(FILES man/pdftokesto.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)

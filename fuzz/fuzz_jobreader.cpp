@@ -1,9 +1,10 @@
-// Anything at all as a job: checked, with its pages decoded, and listed both ways.
+// Anything at all as a file of jobs: checked, with their pages decoded, listed both ways and described.
 #include <ostream>
 #include <streambuf>
 
 #include "kestojob/reader/fault.h"
 #include "kestojob/reader/jobcheck.h"
+#include "kestojob/reader/jobinfo.h"
 #include "kestojob/reader/lister.h"
 #include "require.h"
 
@@ -38,18 +39,26 @@ class Nowhere : public std::streambuf {
   }
 };
 
-/// Runs an action; true when it finds no fault. A fault lies within the job.
+/// Runs an action on every job; true when it finds no fault. A fault lies within its job, and the jobs lie one behind
+/// the other.
 template <class Action>
-bool isGood(std::size_t size, Action action) {
-  try {
-    action();
-  } catch (const Fault& fault) {
-    require(fault.offset() <= size && *fault.what() != '\0');
-    kesto::fuzz::note(std::string_view(fault.what()));
-    kesto::fuzz::note(static_cast<std::int64_t>(fault.offset()));
-    return false;
+bool areGood(std::span<const std::uint8_t> bytes, Action action) {
+  ByteSource source(bytes);
+  bool good = true;
+  std::uint64_t start = 0;
+  for (bool more = true; more; start = source.jobStart()) {
+    try {
+      action(source);
+    } catch (const Fault& fault) {
+      require(source.jobStart() <= fault.offset() && fault.offset() <= source.offset() && *fault.what() != '\0');
+      kesto::fuzz::note(std::string_view(fault.what()));
+      kesto::fuzz::note(static_cast<std::int64_t>(fault.offset()));
+      good = false;
+    }
+    more = source.nextJob();
+    require(more ? source.jobStart() > start : source.offset() == bytes.size());
   }
-  return true;
+  return good;
 }
 
 }  // namespace
@@ -57,20 +66,21 @@ bool isGood(std::size_t size, Action action) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::span bytes(data, size);
   Onlooker onlooker;
-  const bool seen = isGood(size, [&] { checkJob(bytes, &onlooker); });
-  const bool checked = isGood(size, [&] { checkJob(bytes); });
+  const bool seen = areGood(bytes, [&](ByteSource& source) { JobCheck(source, &onlooker).run(); });
+  const bool checked = areGood(bytes, [](ByteSource& source) { JobCheck(source).run(); });
   require(seen == checked);
   Nowhere nowhere;
   std::ostream out(&nowhere);
-  const bool listed = isGood(size, [&] {
-    ByteSource source(bytes);
-    listJob(source, *makeTextWriter(out));
-  });
+  const auto text = makeTextWriter(out);
+  const bool listed = areGood(bytes, [&](ByteSource& source) { listJob(source, *text, 2); });
   require(listed || !checked);
-  const bool listedForPrograms = isGood(size, [&] {
-    ByteSource source(bytes);
-    listJob(source, *makeJsonWriter(out));
-  });
+  const auto json = makeJsonWriter(out);
+  const bool listedForPrograms = areGood(bytes, [&](ByteSource& source) { listJob(source, *json, 2); });
   require(listedForPrograms == listed);
+  areGood(bytes, [&](ByteSource& source) {
+    JobInfo info;
+    listJob(source, info);
+    info.write(out, "job", size);
+  });
   return 0;
 }

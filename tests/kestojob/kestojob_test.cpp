@@ -2,8 +2,11 @@
 // one, and what it says of anything else is pinned by the replayed fuzz inputs.
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <filesystem>
 #include <iterator>
+#include <set>
+#include <sstream>
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -51,7 +54,7 @@ TEST(Program, ListsAndChecks) {
       digest.add(outcome.output);
     }
   }
-  EXPECT_EQ(digest.text(), "8aa233bda9a77822");
+  EXPECT_EQ(digest.text(), "2df8c0a9d38c2dc4");
   const Bytes job = contentOf<Bytes>(pathOf(0));
   const Outcome good = call({"check", "-"}, job);
   EXPECT_EQ(std::string(good.output.begin(), good.output.end()),
@@ -64,13 +67,65 @@ TEST(Program, ListsAndChecks) {
 
 TEST(Program, RefusesWrongCallsAndFilesThatItCannotUse) {
   const TemporaryFolder folder;
-  const std::vector<std::vector<std::string>> wrong = {
+  std::vector<std::vector<std::string>> wrong = {
       {}, {"judge", "x"}, {"check"}, {"list", "--xml", "x"}, {"pages", "x"}, {"pages", "x", "-o", "y", "--scale", "2"}};
-  for (const auto& arguments : wrong) EXPECT_EQ(call(arguments).status, 2);
+  wrong.push_back({"pages", "x", "--sheet", "x.jpg"});
+  for (const char* list : {"", "0", "3-1", "a", "1,,2", "1-2-3", "-3", "18446744073709551616"}) {
+    wrong.push_back({"pages", "x", "--sheet", "x.png", "--pages", list});
+  }
+  for (const auto& arguments : wrong) EXPECT_EQ(call(arguments).status, 2) << arguments.back();
   const std::string missing = folder.path() + "/missing";
   EXPECT_EQ(call({"check", missing}).log, "kestojob: " + missing + ": No such file or directory\n");
   EXPECT_EQ(call({"list", folder.path()}).log, "kestojob: " + folder.path() + ": Is a directory\n");
   EXPECT_NE(call({"pages", pathOf(0), "-o", pathOf(0)}).log.find("Not a directory"), std::string::npos);
+}
+
+std::string textOf(const Bytes& bytes) {
+  return {bytes.begin(), bytes.end()};
+}
+
+TEST(Program, GoesThroughAllJobsOfAFile) {
+  Bytes file;
+  std::string good, faults;
+  int number = 0;
+  const auto append = [&](const Bytes& job) {
+    file.insert(file.end(), job.begin(), job.end());
+    return "-: job " + std::to_string(++number) + " (offset " + std::to_string(file.size() - job.size()) + "): ";
+  };
+  while (file.size() < 600000) {  // more than one read, so that a job begins anywhere in it
+    for (int kept = 0; kept < JOBS; ++kept) {
+      Bytes job = contentOf<Bytes>(pathOf(kept));
+      good += append(job) + "good\n";
+      job.resize(job.size() - 150);  // within its last page or session
+      const std::string place = append(job);
+      faults += "kestojob: " + place + "offset\n";
+    }
+  }
+  const auto shortened = [](const std::string& text, const std::string& mark) {
+    std::istringstream lines(text);
+    std::string result;
+    for (std::string line; std::getline(lines, line);) result += line.substr(0, line.rfind(mark) + mark.size()) + '\n';
+    return result;
+  };
+  const Outcome outcome = call({"check", "-"}, file);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(shortened(textOf(outcome.output), "): good"), good);
+  EXPECT_EQ(shortened(outcome.log, "): offset"), faults);
+  const std::string list = textOf(call({"list", "-"}, file).output);
+  EXPECT_NE(list.find("JOB   job " + std::to_string(number) + "\n"), std::string::npos);
+}
+
+TEST(Program, DescribesJobsAndNotesQuotationMarks) {
+  Bytes jobs = contentOf<Bytes>(pathOf(4));
+  const Bytes job = contentOf<Bytes>(pathOf(0));
+  jobs.insert(jobs.end(), job.begin(), job.end());
+  const std::string info = textOf(call({"info", "-"}, jobs).output);
+  Digest digest;
+  digest.add(info);
+  EXPECT_EQ(digest.text(), "0681a551f4f18f11") << info;
+  const Outcome outcome = call({"check", "-"}, replaced(job, "4E 41 4D 45 3D 22", "4E 41 4D 45 3D 22 22"));  // NAME="
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.log.starts_with("kestojob: -: note: offset ")) << outcome.log;
 }
 
 /// The pixels of a picture, and its width, height and channels.
@@ -116,6 +171,50 @@ TEST(Program, DrawsPagesTagsAndSheets) {
       call({"pages", "-", "-o", folder.path(), "--scale", "1/8"}, Bytes(job.begin(), job.end() - 100));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_TRUE(std::filesystem::exists(folder.path() + "/page-0001.png"));
+}
+
+TEST(Program, DrawsChosenPagesAndSheetsOfSeveralJobs) {
+  const TemporaryFolder folder;
+  Bytes jobs;
+  for (int number = 0; number < JOBS; ++number) {
+    const Bytes job = contentOf<Bytes>(pathOf(number));
+    jobs.insert(jobs.end(), job.begin(), job.end());
+  }
+  const Outcome outcome =
+      call({"pages", "-", "--pages", "2,4-5", "-o", folder.path(), "--sheet", "-", "--scale", "1/16"}, jobs);
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  std::set<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path())) files.insert(entry.path().filename());
+  EXPECT_EQ(files, (std::set<std::string>{"page-0002.png", "page-0004.png", "page-0005.png"}));
+  EXPECT_EQ(digestOf(folder.write("sheet.png", textOf(outcome.output))).text(), "3504edebdb814c32");
+  EXPECT_EQ(call({"pages", "-", "--pages", "99", "--sheet", folder.path() + "/none.png"}, jobs).status, 1);
+  EXPECT_FALSE(std::filesystem::exists(folder.path() + "/none.png"));
+}
+
+TEST(Program, LeavesNoPartOfAPicture) {
+  const TemporaryFolder folder;
+  const std::string target = folder.write("sheet.png", "as it was");
+  const std::vector<std::string> arguments = {"kestojob", "pages", "-", "-o", folder.path(), "--sheet", target};
+  const std::string job = textOf(contentOf<Bytes>(pathOf(0)));
+  const auto files = [&] { return std::distance(std::filesystem::directory_iterator(folder.path()), {}); };
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Process process({.program = KESTO_JOB_READER,
+                     .arguments = arguments,
+                     .input = job.substr(0, job.size() - 200),
+                     .keepInputOpen = true});
+    for (int i = 0; i < 500 && files() < 3; ++i) process.collectFor(std::chrono::milliseconds(10));
+    EXPECT_EQ(files(), 3) << "the page and the sheet are at work";
+    process.signal(signal);
+    EXPECT_EQ(process.finish().signal, signal);
+    EXPECT_EQ(files(), 1) << signal;
+  }
+  const Outcome full = run({.program = "/bin/sh",
+                            .arguments = {"sh", "-c", "ulimit -f 1; exec \"$@\"", "sh", KESTO_JOB_READER, "pages",
+                                          pathOf(0), "-o", folder.path(), "--sheet", target}});
+  EXPECT_EQ(full.status, 1);
+  EXPECT_NE(full.log.find("File too large"), std::string::npos) << full.log;
+  EXPECT_EQ(files(), 1);
+  EXPECT_EQ(contentOf<std::string>(target), "as it was");
 }
 
 }  // namespace

@@ -32,9 +32,9 @@ TEST(Install, PutsEveryPartWhereTheSpoolerLooksForIt) {
   const TemporaryFolder folder;
   const Outcome outcome = installInto(folder);
   ASSERT_EQ(outcome.status, 0) << outcome.log;
-  for (const char* file :
-       {"/usr/lib/cups/filter/pdftokesto", "/usr/share/cups/drv/kesto.drv", "/usr/bin/kestoprinter",
-        "/usr/share/cups/ppdc/kesto-de.po", "/usr/share/man/man8/pdftokesto.8", "/usr/share/man/man1/kestoprinter.1"}) {
+  for (const char* file : {"/usr/lib/cups/filter/pdftokesto", "/usr/share/cups/drv/kesto.drv", "/usr/bin/kestoprinter",
+                           "/usr/share/cups/ppdc/kesto-de.po", "/usr/share/man/man8/pdftokesto.8",
+                           "/usr/share/man/man1/kestoprinter.1", "/usr/share/bash-completion/completions/kestojob"}) {
     EXPECT_TRUE(fs::is_regular_file(folder.path() + file)) << file;
   }
   const fs::perms modes = fs::status(folder.path() + "/usr/lib/cups/filter/pdftokesto").permissions();

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cmath>
 #include <system_error>
+#include <utility>
 
 #include <zlib.h>
 
@@ -32,14 +33,35 @@ std::size_t columnsFor(std::size_t pages) {
 
 }  // namespace
 
+/// A line of pages: all cells are as large as the largest page. Greys are drawn in colours where one page has them.
+struct ContactSheet::Canvas {
+  std::size_t cellWidth = 0, cellHeight = 0;  // the frame included
+  std::size_t width = 0;                      // in pixels
+  std::size_t channels = 1;
+  std::vector<std::uint8_t> pixels{};
+
+  [[nodiscard]] std::size_t rowBytes() const { return width * channels; }
+  void fill(std::size_t x, std::size_t y, std::size_t count, std::uint8_t grey) {
+    const std::size_t first = y * rowBytes() + x * channels;
+    std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(first), count * channels, grey);
+  }
+  /// A row of a picture with as many channels or with one.
+  void copyRow(std::size_t x, std::size_t y, std::span<const std::uint8_t> row, std::size_t rowChannels) {
+    auto out = pixels.begin() + static_cast<std::ptrdiff_t>(y * rowBytes() + x * channels);
+    if (rowChannels == channels) {
+      std::ranges::copy(row, out);
+      return;
+    }
+    for (const std::uint8_t grey : row) out = std::fill_n(out, channels, grey);
+  }
+};
+
 ContactSheet::ContactSheet() : file_(std::tmpfile()) {
   if (file_ == nullptr) failTemporary();
 }
 
-void ContactSheet::beginPage(unsigned width, unsigned height, unsigned channels) {
-  width_ = width;
-  height_ = height;
-  channels_ = channels;
+void ContactSheet::beginPage(std::uint64_t number, unsigned width, unsigned height, unsigned channels) {
+  tile_ = {.number = number, .width = width, .height = height, .channels = channels};
   page_.clear();
 }
 
@@ -55,17 +77,18 @@ void ContactSheet::endPage() {
       std::fwrite(compressed.data(), 1, size, file_.get()) != size) {
     failTemporary();
   }
-  sizes_.push_back(static_cast<std::uint32_t>(size));
-  offsets_.push_back(end_);
+  tile_.offset = end_;
+  tile_.size = static_cast<std::uint32_t>(size);
   end_ += size;
+  tiles_.push_back(tile_);
 }
 
-std::vector<std::uint8_t> ContactSheet::load(std::size_t page) {
-  std::vector<std::uint8_t> compressed(sizes_[page]);
-  std::vector<std::uint8_t> pixels(std::size_t{width_} * height_ * channels_);
+std::vector<std::uint8_t> ContactSheet::load(const Tile& tile) {
+  std::vector<std::uint8_t> compressed(tile.size);
+  std::vector<std::uint8_t> pixels(std::size_t{tile.width} * tile.height * tile.channels);
   uLongf size = static_cast<uLongf>(pixels.size());
   errno = 0;
-  if (fseeko(file_.get(), static_cast<off_t>(offsets_[page]), SEEK_SET) != 0 ||
+  if (fseeko(file_.get(), static_cast<off_t>(tile.offset), SEEK_SET) != 0 ||
       std::fread(compressed.data(), 1, compressed.size(), file_.get()) != compressed.size() ||
       uncompress(pixels.data(), &size, compressed.data(), static_cast<uLong>(compressed.size())) != Z_OK) {
     failTemporary();
@@ -73,49 +96,51 @@ std::vector<std::uint8_t> ContactSheet::load(std::size_t page) {
   return pixels;
 }
 
-void ContactSheet::drawTile(std::vector<std::uint8_t>& picture, std::size_t pictureWidth, std::size_t page,
-                            std::size_t column) {
-  const std::size_t left = GAP + column * (width_ + 2 * FRAME + GAP);
-  const auto fill = [&](std::size_t x, std::size_t y, std::size_t count, std::uint8_t grey) {
-    std::fill_n(picture.begin() + static_cast<std::ptrdiff_t>((y * pictureWidth + x) * channels_), count * channels_,
-                grey);
-  };
-  for (std::size_t y = 0; y < height_ + 2 * FRAME; ++y) fill(left, y, width_ + 2 * FRAME, FRAME_GREY);
-  const std::vector<std::uint8_t> pixels = load(page);
-  const std::size_t rowBytes = std::size_t{width_} * channels_;
-  for (std::size_t y = 0; y < height_; ++y) {
-    const auto row = pixels.begin() + static_cast<std::ptrdiff_t>(y * rowBytes);
-    const std::size_t target = ((y + FRAME) * pictureWidth + left + FRAME) * channels_;
-    std::copy_n(row, rowBytes, picture.begin() + static_cast<std::ptrdiff_t>(target));
+void ContactSheet::drawTile(Canvas& canvas, const Tile& tile, std::size_t left) {
+  const std::size_t width = tile.width + 2 * FRAME;
+  const std::size_t height = tile.height + 2 * FRAME;
+  for (std::size_t y = 0; y < height; ++y) canvas.fill(left, y, width, FRAME_GREY);
+  const std::vector<std::uint8_t> pixels = load(tile);
+  const std::size_t rowBytes = std::size_t{tile.width} * tile.channels;
+  for (std::size_t y = 0; y < tile.height; ++y) {
+    canvas.copyRow(left + FRAME, y + FRAME, std::span(pixels).subspan(y * rowBytes, rowBytes), tile.channels);
   }
-  const std::uint64_t number = page + 1;
-  const std::size_t tile = width_ + 2 * FRAME;
-  const std::size_t numberLeft = left + (tile > numberWidth(number) ? (tile - numberWidth(number)) / 2 : 0);
-  drawNumber(number, [&](unsigned x, unsigned y) {
-    if (numberLeft + x < pictureWidth) fill(numberLeft + x, height_ + 2 * FRAME + LABEL_TOP + y, 1, INK);
+  const std::size_t digits = numberWidth(tile.number);
+  const std::size_t numberLeft = left + (width > digits ? (width - digits) / 2 : 0);
+  drawNumber(tile.number, [&](unsigned x, unsigned y) {
+    if (numberLeft + x < canvas.width) canvas.fill(numberLeft + x, height + LABEL_TOP + y, 1, INK);
   });
 }
 
-void ContactSheet::write(const std::string& path) {
-  const std::size_t pages = sizes_.size();
-  const std::size_t columns = columnsFor(pages);
-  const std::size_t lines = (pages + columns - 1) / columns;
-  const std::size_t tileHeight = height_ + 2 * FRAME + LABEL;
-  const std::size_t width = GAP + columns * (width_ + 2 * FRAME + GAP);
-  const std::size_t height = GAP + lines * tileHeight + GAP / 2;
+void ContactSheet::write(std::unique_ptr<OutputFile> file, const std::string& name) {
+  const std::size_t columns = columnsFor(tiles_.size());
+  const std::size_t lines = (tiles_.size() + columns - 1) / columns;
+  Canvas canvas{.cellWidth = 2 * FRAME, .cellHeight = 2 * FRAME};
+  for (const Tile& tile : tiles_) {
+    canvas.cellWidth = std::max(canvas.cellWidth, tile.width + 2 * FRAME);
+    canvas.cellHeight = std::max(canvas.cellHeight, tile.height + 2 * FRAME);
+    canvas.channels = std::max<std::size_t>(canvas.channels, tile.channels);
+  }
+  canvas.width = GAP + columns * (canvas.cellWidth + GAP);
+  const std::size_t lineHeight = canvas.cellHeight + LABEL;
+  const std::size_t height = GAP + lines * lineHeight + GAP / 2;
   constexpr std::size_t LONGEST_SIDE = 0x7FFFFFFF;  // of a PNG picture
-  if (width > LONGEST_SIDE || height > LONGEST_SIDE) throw FileError(path + ": the job has too many pages for a sheet");
+  if (canvas.width > LONGEST_SIDE || height > LONGEST_SIDE) {
+    throw FileError(name + ": these are too many pages for a sheet");
+  }
 
-  PngWriter png(path, static_cast<unsigned>(width), static_cast<unsigned>(height), channels_);
-  const std::vector<std::uint8_t> empty(width * channels_, BACKGROUND);
+  PngWriter png(std::move(file), static_cast<unsigned>(canvas.width), static_cast<unsigned>(height),
+                static_cast<unsigned>(canvas.channels));
+  const std::vector<std::uint8_t> empty(canvas.rowBytes(), BACKGROUND);
   for (std::size_t y = 0; y < GAP; ++y) png.row(empty);
-  std::vector<std::uint8_t> picture;  // a line of pages
   for (std::size_t line = 0; line < lines; ++line) {
-    picture.assign(empty.size() * tileHeight, BACKGROUND);
-    for (std::size_t column = 0; column < columns && line * columns + column < pages; ++column) {
-      drawTile(picture, width, line * columns + column, column);
+    canvas.pixels.assign(canvas.rowBytes() * lineHeight, BACKGROUND);
+    for (std::size_t column = 0; column < columns && line * columns + column < tiles_.size(); ++column) {
+      drawTile(canvas, tiles_[line * columns + column], GAP + column * (canvas.cellWidth + GAP));
     }
-    for (std::size_t y = 0; y < tileHeight; ++y) png.row(std::span(picture).subspan(y * empty.size(), empty.size()));
+    for (std::size_t y = 0; y < lineHeight; ++y) {
+      png.row(std::span(canvas.pixels).subspan(y * canvas.rowBytes(), canvas.rowBytes()));
+    }
   }
   for (std::size_t y = 0; y < GAP / 2; ++y) png.row(empty);
   png.finish();

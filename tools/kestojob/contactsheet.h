@@ -1,7 +1,7 @@
-// One picture of all pages of a job, small and numbered.
+// One picture of many pages, small and numbered.
 //
-// How the pages are arranged depends on their number, which is known at the end only. Until then they wait, compressed,
-// in a temporary file that nobody else sees; one row of them is held at a time.
+// How the pages are arranged depends on their number and sizes, which are known at the end only. Until then they wait,
+// compressed, in a temporary file that nobody else sees; one row of them is held at a time.
 #pragma once
 
 #include <cstdint>
@@ -11,34 +11,44 @@
 #include <string>
 #include <vector>
 
+#include "kestojob/outputfile.h"
+
 namespace kesto::job {
 
 class ContactSheet {
  public:
   ContactSheet();
 
-  /// Begins the next page's picture; all of a sheet have the same size.
-  void beginPage(unsigned width, unsigned height, unsigned channels);
+  /// Begins the picture of the page with this number.
+  void beginPage(std::uint64_t number, unsigned width, unsigned height, unsigned channels);
   void row(std::span<const std::uint8_t> pixels);
   void endPage();
 
-  /// Writes the sheet. A job without pages gives a small empty one.
-  void write(const std::string& path);
+  /// Writes the sheet to the file that messages call `name`. Without pages it is a small empty one.
+  void write(std::unique_ptr<OutputFile> file, const std::string& name);
 
  private:
   struct CloseFile {
     void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
   };
 
-  [[nodiscard]] std::vector<std::uint8_t> load(std::size_t page);
-  void drawTile(std::vector<std::uint8_t>& picture, std::size_t pictureWidth, std::size_t page, std::size_t column);
+  /// A page's picture, and where it lies in the temporary file.
+  struct Tile {
+    std::uint64_t number = 0;
+    unsigned width = 0, height = 0, channels = 1;
+    std::uint64_t offset = 0;
+    std::uint32_t size = 0;  // compressed
+  };
+  struct Canvas;
+
+  [[nodiscard]] std::vector<std::uint8_t> load(const Tile& tile);
+  void drawTile(Canvas& canvas, const Tile& tile, std::size_t left);
 
   std::unique_ptr<std::FILE, CloseFile> file_;
-  std::vector<std::uint32_t> sizes_;  // of the pages in the file, compressed
-  std::vector<std::uint64_t> offsets_;
-  std::uint64_t end_ = 0;
-  unsigned width_ = 0, height_ = 0, channels_ = 1;
-  std::vector<std::uint8_t> page_;
+  std::vector<Tile> tiles_;
+  std::uint64_t end_ = 0;           // of the temporary file
+  Tile tile_;                       // the page at work
+  std::vector<std::uint8_t> page_;  // its pixels
 };
 
 }  // namespace kesto::job

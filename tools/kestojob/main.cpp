@@ -1,23 +1,18 @@
 // kestojob: lists, checks and shows what is in a printer job.
-#include <cerrno>
 #include <charconv>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "commandline.h"
-#include "kestojob/pagepictures.h"
-#include "kestojob/progress.h"
-#include "kestojob/reader/fault.h"
-#include "kestojob/reader/jobcheck.h"
-#include "kestojob/reader/lister.h"
-#include "kestojob/reader/text.h"
+#include "kestojob/commands.h"
+#include "kestojob/jobtask.h"
+#include "kestojob/pageselection.h"
 
 namespace kesto::job {
 namespace {
@@ -28,65 +23,14 @@ constexpr unsigned SMALLEST_SCALE = 256;
 
 /// What was asked for on the command line.
 struct Call {
-  std::string job;
+  std::vector<std::string> files;
   bool json = false;
   std::string scale;
+  std::string pages;
   PictureChoices pictures;
 };
 
-/// The job as a descriptor: a file, or standard input for "-".
-class JobFile {
- public:
-  explicit JobFile(const std::string& path) {
-    if (path != "-") descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor_ < 0) throw FileError(std::generic_category().message(errno));
-  }
-  JobFile(const JobFile&) = delete;
-  JobFile& operator=(const JobFile&) = delete;
-  ~JobFile() {
-    if (descriptor_ != STDIN_FILENO) close(descriptor_);
-  }
-  [[nodiscard]] int descriptor() const { return descriptor_; }
-  /// Its length, 0 when that cannot be known.
-  [[nodiscard]] std::uint64_t size() const {
-    struct stat status = {};
-    const bool known = fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-    return known ? static_cast<std::uint64_t>(status.st_size) : 0;
-  }
-
- private:
-  int descriptor_ = STDIN_FILENO;
-};
-
-void list(const Call& call) {
-  const JobFile file(call.job);
-  ByteSource source(file.descriptor());
-  const auto writer = call.json ? makeJsonWriter(std::cout) : makeTextWriter(std::cout);
-  listJob(source, *writer);
-}
-
-void check(const Call& call) {
-  const JobFile file(call.job);
-  ByteSource source(file.descriptor());
-  const JobSummary summary = JobCheck(source).run();
-  std::cout << call.job << ": good: " << counted(summary.pages, "page") << ", " << counted(summary.strips, "strip")
-            << ", " << counted(summary.bytes, "byte") << '\n';
-}
-
-void drawPages(const Call& call) {
-  const JobFile file(call.job);
-  ByteSource source(file.descriptor());
-  Progress progress(file.size());
-  PagePictures pictures(call.pictures, [&](std::uint64_t page) { progress.show(page, source.offset()); });
-  try {
-    JobCheck(source, &pictures).run();
-  } catch (const Fault&) {
-    progress.clear();
-    pictures.finish();  // what came before the fault shows where it is
-    throw;
-  }
-  pictures.finish();
-}
+using TaskMaker = std::unique_ptr<JobTask> (*)(const Call&);
 
 /// The N of "1/N", or nothing.
 std::optional<unsigned> parseScale(const std::string& text) {
@@ -104,27 +48,22 @@ std::string scaleError(const std::string& text) {
   return parseScale(text) ? "" : "takes 1/N, with N from 1 to 256";
 }
 
-/// Puts the command line together; a command's callback has set `run` when it was called for.
-void declare(CLI::App& app, Call& call, void (*&run)(const Call&)) {
-  app.require_subcommand(1);
-  app.footer(
-      "JOB is a file, or - for standard input.\nExit status: 0 good, 1 a fault or a file that cannot be used, "
-      "2 a wrong call.");
+std::string pagesError(const std::string& text) {
+  return PageSelection::parse(text) ? "" : "takes page numbers and ranges, as 1,3-5";
+}
 
-  CLI::App* const lists = app.add_subcommand("list", "List the job's elements, one a line");
-  lists->add_option("JOB", call.job, "The job")->required();
-  lists->add_flag("--json", call.json, "As a JSON array, one object a line");
-  lists->callback([&run] { run = list; });
+std::string sheetError(const std::string& name) {
+  return name == "-" || name.ends_with(".png") ? "" : "takes a name that ends in .png, or - for standard output";
+}
 
-  CLI::App* const checks = app.add_subcommand("check", "Judge the job strictly and show its first fault");
-  checks->add_option("JOB", call.job, "The job")->required();
-  checks->callback([&run] { run = check; });
-
-  CLI::App* const pages = app.add_subcommand("pages", "Draw the job's pages");
-  pages->add_option("JOB", call.job, "The job")->required();
+void declarePages(CLI::App& app, Call& call, TaskMaker& maker) {
+  CLI::App* const pages = app.add_subcommand("pages", "Draw the pages of the file's jobs");
+  pages->add_option("FILE", call.files, "The jobs")->required()->expected(1);
   pages->add_option("-o", call.pictures.folder, "Write each page as a PNG file into this folder")->type_name("DIR");
   pages->add_option("--sheet", call.pictures.sheet, "Write one PNG file of all pages, small and numbered")
-      ->type_name("FILE.png");
+      ->type_name("FILE.png")
+      ->check(sheetError);
+  pages->add_option("--pages", call.pages, "Draw only these pages, as 1,3-5")->type_name("LIST")->check(pagesError);
   pages->add_option("--scale", call.scale, "Draw at 1/N of the size")->type_name("1/N")->check(scaleError);
   pages->add_flag("--tags", call.pictures.tags, "Show the tag plane in colours instead of the image");
   pages->callback([&] {
@@ -132,26 +71,40 @@ void declare(CLI::App& app, Call& call, void (*&run)(const Call&)) {
       throw CLI::ValidationError("pages", "needs -o DIR or --sheet FILE.png");
     }
     if (!call.scale.empty()) call.pictures.scale = parseScale(call.scale);
-    run = drawPages;
+    if (!call.pages.empty()) call.pictures.pages = *PageSelection::parse(call.pages);
+    maker = [](const Call& c) { return makePagesTask(c.pictures); };
   });
 }
 
-ExitStatus runCall(const Call& call, void (*run)(const Call&)) {
+/// Puts the command line together; a command's callback has set `maker` when it was called for.
+void declare(CLI::App& app, Call& call, TaskMaker& maker) {
+  app.require_subcommand(1);
+  app.footer(
+      "FILE holds one or more jobs; - is standard input.\n"
+      "Exit status: 0 good, 1 a fault or a file that cannot be used, 2 a wrong call.");
+
+  CLI::App* const lists = app.add_subcommand("list", "List the elements of the file's jobs, one a line");
+  lists->add_option("FILE", call.files, "The jobs")->required()->expected(1);
+  lists->add_flag("--json", call.json, "As a JSON array, one object a line");
+  lists->callback([&] { maker = [](const Call& c) { return makeListTask(c.json); }; });
+
+  CLI::App* const checks = app.add_subcommand("check", "Judge the jobs strictly and show the first fault of each");
+  checks->add_option("FILE", call.files, "The jobs")->required();
+  checks->callback([&] { maker = [](const Call&) { return makeCheckTask(); }; });
+
+  CLI::App* const infos = app.add_subcommand("info", "Show what each job is: title, options, paper, size");
+  infos->add_option("FILE", call.files, "The jobs")->required();
+  infos->callback([&] { maker = [](const Call&) { return makeInfoTask(); }; });
+
+  declarePages(app, call, maker);
+}
+
+ExitStatus runCall(const Call& call, TaskMaker maker) {
   std::cout.sync_with_stdio(false);
-  std::string trouble;
-  try {
-    run(call);
-  } catch (const Fault& fault) {
-    trouble = call.job + ": offset " + std::to_string(fault.offset()) + ": " + fault.what();
-  } catch (const FileError& error) {
-    trouble = call.job + ": " + error.what();
-  } catch (const std::bad_alloc&) {
-    trouble = call.job + ": out of memory";
-  }
+  const bool good = runOnFiles(call.files, [&] { return maker(call); });
   std::cout.flush();
-  if (!trouble.empty()) std::cerr << "kestojob: " << trouble << '\n';
-  if (!std::cout) std::cerr << "kestojob: standard output cannot be written\n";
-  return trouble.empty() && std::cout ? GOOD : BAD;
+  if (!std::cout) complain("standard output cannot be written");
+  return good && std::cout ? GOOD : BAD;
 }
 
 }  // namespace
@@ -161,9 +114,9 @@ ExitStatus runCall(const Call& call, void (*run)(const Call&)) {
 int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
   using namespace kesto::job;
   Call call;
-  void (*run)(const Call&) = nullptr;
+  TaskMaker maker = nullptr;
   CLI::App app("Lists, checks and shows what is in a printer job.", "kestojob");
-  declare(app, call, run);
+  declare(app, call, maker);
   if (const auto status = kesto::tools::parseCommandLine(app, argc, argv)) return *status;
-  return runCall(call, run);
+  return runCall(call, maker);
 }

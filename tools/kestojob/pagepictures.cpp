@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -54,13 +52,6 @@ void makeFolder(const std::string& folder) {
   }
 }
 
-/// Leaves the file as it is. Checked early, so that a long job does not find out at its end that there is nowhere to
-/// write the sheet.
-void tryToOpen(const std::string& path) {
-  errno = 0;
-  if (!std::ofstream(path, std::ios::app)) throw FileError(path + ": " + std::generic_category().message(errno));
-}
-
 std::string pagePath(const std::string& folder, std::uint64_t page) {
   std::array<char, 40> name{};
   std::snprintf(name.data(), name.size(), "page-%04llu.png", static_cast<unsigned long long>(page));
@@ -76,7 +67,7 @@ PagePictures::PagePictures(const PictureChoices& choices, std::function<void(std
       divisor_(choices.tags ? 1 : imageDivisor_) {
   if (!choices_.folder.empty()) makeFolder(choices_.folder);
   if (choices_.sheet.empty()) return;
-  tryToOpen(choices_.sheet);
+  sheetFile_ = std::make_unique<OutputFile>(choices_.sheet);
   sheet_.emplace();
 }
 
@@ -100,21 +91,22 @@ void PagePictures::beginPage(const PageLayout& layout) {
   ++page_;
   step_(page_);
   painters_.clear();
+  if (!choices_.pages.has(page_)) return;
   SheetGeometry geometry = geometryOf(layout);
   geometry.reduction = std::max(choices_.scale.value_or(1) / divisor_, 1U);
   if (!choices_.folder.empty()) {
-    file_ = std::make_unique<PngWriter>(pagePath(choices_.folder, page_), geometry.reducedWidth(),
-                                        geometry.reducedHeight(), geometry.channels);
+    file_ = std::make_unique<PngWriter>(std::make_unique<OutputFile>(pagePath(choices_.folder, page_)),
+                                        geometry.reducedWidth(), geometry.reducedHeight(), geometry.channels);
     painters_.emplace_back(geometry, [this](std::span<const std::uint8_t> row) { file_->row(row); });
   }
   if (sheet_) {
     geometry.reduction =
         std::max({geometry.reduction, divided(geometry.width, WIDEST_TILE), divided(geometry.height, HIGHEST_TILE)});
     geometry.reduction = std::min(geometry.reduction, LARGEST_REDUCTION);
-    sheet_->beginPage(geometry.reducedWidth(), geometry.reducedHeight(), geometry.channels);
+    sheet_->beginPage(page_, geometry.reducedWidth(), geometry.reducedHeight(), geometry.channels);
     painters_.emplace_back(geometry, [this](std::span<const std::uint8_t> row) { sheet_->row(row); });
   }
-  painting_ = true;
+  painting_ = drawn_ = true;
 }
 
 void PagePictures::beginStrip(const StripShape& strip) {
@@ -134,7 +126,7 @@ void PagePictures::rows(std::span<const std::uint8_t> pixels, std::size_t rowByt
 }
 
 void PagePictures::tags(std::uint8_t packed, std::uint64_t count) {
-  if (!choices_.tags) return;
+  if (!choices_.tags || !painting_) return;
   for (; count > 0; --count) {
     for (int pixel = 0; pixel < 4; ++pixel) {
       std::ranges::copy(TAG_COLORS[packed >> (2 * pixel) & 3],
@@ -148,6 +140,7 @@ void PagePictures::tags(std::uint8_t packed, std::uint64_t count) {
 }
 
 void PagePictures::endPage() {
+  if (!painting_) return;
   painting_ = false;
   for (SheetPainter& painter : painters_) painter.finish();
   if (file_) file_->finish();
@@ -155,9 +148,11 @@ void PagePictures::endPage() {
   if (sheet_) sheet_->endPage();
 }
 
-void PagePictures::finish() {
-  if (painting_) endPage();
-  if (sheet_) sheet_->write(choices_.sheet);
+void PagePictures::finish(bool allGood) {
+  if (!drawn_ && !choices_.pages.areAll()) {
+    throw FileError("none of the chosen pages is among its " + counted(page_, "page"));
+  }
+  if (sheet_ && (drawn_ || allGood)) sheet_->write(std::move(sheetFile_), choices_.sheet);
 }
 
 }  // namespace kesto::job

@@ -1,6 +1,7 @@
-// The pages of a job as pictures: a PNG file for each, a contact sheet of all, or both.
+// The pages of a file of jobs as pictures: a PNG file for each, a contact sheet of all, or both.
 //
-// It gets the pages while the job is checked and holds a few rows of one, never a page.
+// It gets the pages while the jobs are checked and holds a few rows of one, never a page. Pages are counted through all
+// jobs.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +12,8 @@
 #include <vector>
 
 #include "kestojob/contactsheet.h"
+#include "kestojob/outputfile.h"
+#include "kestojob/pageselection.h"
 #include "kestojob/pngwriter.h"
 #include "kestojob/reader/jobcheck.h"
 #include "kestojob/sheetpainter.h"
@@ -19,7 +22,8 @@ namespace kesto::job {
 
 struct PictureChoices {
   std::string folder{};             ///< for the pages; empty: none wanted
-  std::string sheet{};              ///< the contact sheet's file; empty: none wanted
+  std::string sheet{};              ///< the contact sheet's file, "-": standard output; empty: none wanted
+  PageSelection pages{};            ///< which ones are drawn
   std::optional<unsigned> scale{};  ///< pages are drawn at 1 / scale
   bool tags = false;                ///< the tag plane in colours instead of the image
 };
@@ -34,10 +38,12 @@ class PagePictures : public PageSink {
   void beginStrip(const StripShape& strip) override;
   void rows(std::span<const std::uint8_t> pixels, std::size_t rowBytes) override;
   void tags(std::uint8_t packed, std::uint64_t count) override;
+  /// Completes the page, also one at which its job has broken off.
   void endPage() override;
 
-  /// Completes a page in progress and writes the contact sheet. Call it at the end, whether or not the job is good.
-  void finish();
+  /// Writes the contact sheet, at the end; there is none of no page when `allGood` is false. Throws FileError when
+  /// pages were chosen that are not there.
+  void finish(bool allGood);
 
  private:
   [[nodiscard]] SheetGeometry geometryOf(const PageLayout& layout) const;
@@ -48,7 +54,9 @@ class PagePictures : public PageSink {
   unsigned imageDivisor_;  // by which the image comes reduced
   unsigned divisor_;       // the same for what is painted: 1 for tags
   std::uint64_t page_ = 0;
+  bool drawn_ = false;  // at least one page
   std::unique_ptr<PngWriter> file_;
+  std::unique_ptr<OutputFile> sheetFile_;  // there from the start, so that a long job need not end to find out
   std::optional<ContactSheet> sheet_;
   std::vector<SheetPainter> painters_;  // of the page at work
   bool painting_ = false;

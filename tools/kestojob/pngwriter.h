@@ -6,21 +6,23 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
+
+#include "kestojob/outputfile.h"
 
 namespace kesto::job {
 
 class PngWriter {
  public:
-  /// Begins a picture of 8-bit grey (1 channel) or RGB (3). Throws FileError when the file cannot be made.
-  PngWriter(const std::string& path, unsigned width, unsigned height, unsigned channels);
+  /// Begins a picture of 8-bit grey (1 channel) or RGB (3). Throws FileError, as the others do, when the file cannot be
+  /// written.
+  PngWriter(std::unique_ptr<OutputFile> file, unsigned width, unsigned height, unsigned channels);
   PngWriter(const PngWriter&) = delete;
   PngWriter& operator=(const PngWriter&) = delete;
   ~PngWriter();
 
   /// Writes the next row: width times channels bytes.
   void row(std::span<const std::uint8_t> pixels);
-  /// Ends the file, after as many rows as were announced.
+  /// Completes the file, after as many rows as were announced.
   void finish();
 
  private:

@@ -1,7 +1,9 @@
 // A job's bytes, one after the other, from a file, a pipe or memory.
 //
-// Only a buffer's worth is held, so that a job of any length takes the same memory. Offsets count from the first byte.
-// A read past the end is a Fault that says where in the job it broke off; a read that fails is a FileError.
+// Only a buffer's worth is held, so that a job of any length takes the same memory. Offsets count from the first byte
+// of the file. It may hold several jobs: each of them ends where the next one begins, or with the file, so that a job
+// that has lost its end cannot swallow the next one. A read past the end is a Fault that says where in the job it broke
+// off; a read that fails is a FileError.
 //
 // One thread uses a source.
 #pragma once
@@ -23,7 +25,11 @@ class ByteSource {
   ByteSource& operator=(const ByteSource&) = delete;
 
   [[nodiscard]] std::uint64_t offset() const { return base_ + position_; }
-  /// True when no byte is left.
+  /// Of the job's first byte.
+  [[nodiscard]] std::uint64_t jobStart() const { return jobStart_; }
+  /// Steps over what is left of this job. False when no other one follows.
+  [[nodiscard]] bool nextJob();
+  /// True when no byte of the job is left.
   [[nodiscard]] bool atEnd() { return available().empty(); }
   /// The next bytes as far as they are at hand: at least one, unless the job has ended.
   [[nodiscard]] std::span<const std::uint8_t> available() {
@@ -44,12 +50,18 @@ class ByteSource {
 
  private:
   void refill();
+  void readMore();
+  std::size_t endOfJob(std::size_t limit);
 
-  int descriptor_ = -1;
-  std::vector<std::uint8_t> storage_;
-  std::span<const std::uint8_t> view_;
-  std::size_t position_ = 0;  // within view_
-  std::uint64_t base_ = 0;    // offset of the view's first byte
+  int descriptor_ = -1;                 // -1: all that there is has been read
+  std::vector<std::uint8_t> storage_;   // of what is read from the descriptor
+  std::span<const std::uint8_t> held_;  // what has been read, from the view's first byte on
+  std::span<const std::uint8_t> view_;  // what is known to be the job's
+  std::size_t position_ = 0;            // within view_
+  std::uint64_t base_ = 0;              // offset of the view's first byte
+  std::uint64_t jobStart_ = 0;
+  bool headerDue_ = false;  // the job began with status requests: the next start is its own
+  bool jobEnded_ = false;   // behind the view the next job begins
   const char* place_ = "its first element";
 };
 

@@ -4,6 +4,7 @@
 
 #include "jobsettings/pjlnames.h"
 #include "kestojob/reader/fault.h"
+#include "kestojob/reader/jobstart.h"
 #include "kestojob/reader/pjlformat.h"
 #include "kestojob/reader/text.h"
 #include "pclxl/xlnames.h"
@@ -13,7 +14,6 @@ namespace {
 
 using namespace xl;
 
-constexpr std::uint8_t NPA_START = 0xA5;
 constexpr std::uint8_t ESCAPE = 0x1B;
 constexpr std::string_view ENTER_LANGUAGE = "@PJL ENTER LANGUAGE=";
 

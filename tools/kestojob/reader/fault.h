@@ -10,7 +10,7 @@
 
 namespace kesto::job {
 
-/// A job that is not as the printer takes it: what() is one sentence, `offset` counts bytes from the job's first.
+/// A job that is not as the printer takes it: what() is one sentence, `offset` counts bytes from the file's first.
 class Fault : public std::runtime_error {
  public:
   Fault(std::uint64_t offset, const std::string& sentence) : std::runtime_error(sentence), offset_(offset) {}
@@ -18,6 +18,12 @@ class Fault : public std::runtime_error {
 
  private:
   std::uint64_t offset_;
+};
+
+/// Something in a good job that its sender should know of: a sentence, and where it is.
+struct Note {
+  std::uint64_t offset = 0;
+  std::string sentence;
 };
 
 /// A file that cannot be read or written: what() says which and why.

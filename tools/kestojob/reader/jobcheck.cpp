@@ -13,11 +13,8 @@ namespace {
 constexpr std::string_view STREAM_HEADER_START = ") HP-PCL XL;2;1;";
 constexpr std::size_t STREAM_HEADER_LENGTH = 63;  // without its line feed
 
-/// A check alone discards the pixels, so the smallest size will do.
-constexpr unsigned UNSEEN_DIVISOR = 8;
-
 PixelForm formOf(const PageSink* sink) {
-  return sink == nullptr ? PixelForm{.divisor = UNSEEN_DIVISOR} : sink->form();
+  return sink == nullptr ? UNSEEN : sink->form();
 }
 
 void checkNpaPacket(const NpaPacket& packet, std::size_t index) {
@@ -41,6 +38,10 @@ void checkStreamHeader(const StreamHeader& header) {
     throw Fault(header.offset + static_cast<std::uint64_t>(odd - header.text.begin()),
                 "The stream header holds a byte that is no character.");
   }
+}
+
+[[noreturn]] void failBehindEnd(const ByteSource& source) {
+  throw Fault(source.offset(), "There are bytes behind the end of the job.");
 }
 
 std::uint64_t offsetOf(const Element& element) {
@@ -69,9 +70,8 @@ Element JobCheck::nextElement(const char* what) {
 }
 
 void JobCheck::checkStart() {
-  if (source_.atEnd()) throw Fault(0, "The job is empty.");
+  if (source_.atEnd()) throw Fault(source_.offset(), "The job is empty.");
   std::size_t packets = 0;
-  PjlHeaderRules header;
   for (bool last = false; !last;) {
     const Element element = nextElement("the PJL header");
     if (const auto* packet = std::get_if<NpaPacket>(&element)) {
@@ -80,9 +80,9 @@ void JobCheck::checkStart() {
     }
     const PjlLine& line = expect<PjlLine>(element, "the PJL header");
     if (packets != 0 && packets != START_REQUESTS.size()) throw Fault(line.offset, "An NPA packet is missing.");
-    last = header.take(line);
+    last = header_.take(line);
   }
-  rules_.setPjl(header.facts());
+  rules_.setPjl(header_.facts());
   checkStreamHeader(expect<StreamHeader>(nextElement("the PCL XL stream header"), "the PCL XL stream header"));
 }
 
@@ -145,19 +145,21 @@ void JobCheck::checkEnd() {
   PjlEndRules end;
   while (!end.take(expect<PjlLine>(nextElement("the end of job"), "the end of job"))) {
   }
-  if (!source_.atEnd()) throw Fault(source_.offset(), "There are bytes behind the end of the job.");
+  if (!source_.atEnd()) failBehindEnd(source_);
 }
 
 JobSummary JobCheck::run() {
   checkStart();
   checkSession();
   checkEnd();
-  return {rules_.pages(), rules_.strips(), source_.offset()};
+  return {rules_.pages(), rules_.strips(), source_.offset() - source_.jobStart()};
 }
 
 JobSummary checkJob(std::span<const std::uint8_t> bytes, PageSink* sink) {
   ByteSource source(bytes);
-  return JobCheck(source, sink).run();
+  const JobSummary summary = JobCheck(source, sink).run();
+  if (source.nextJob()) failBehindEnd(source);
+  return summary;
 }
 
 }  // namespace kesto::job

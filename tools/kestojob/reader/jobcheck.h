@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "kestojob/reader/banddecoder.h"
 #include "kestojob/reader/bytesource.h"
@@ -19,6 +20,9 @@
 #include "kestojob/reader/xlgrammar.h"
 
 namespace kesto::job {
+
+/// For pixels that nobody looks at, the smallest size will do.
+inline constexpr PixelForm UNSEEN = {.divisor = 8};
 
 /// Receives the pages of a job while it is checked. Everything passed in has been found good.
 class PageSink {
@@ -52,8 +56,10 @@ class JobCheck {
   /// `sink`, if there is one, gets the pages.
   explicit JobCheck(ByteSource& source, PageSink* sink = nullptr);
 
-  /// Reads the whole job; throws the Fault that it finds first, and FileError.
+  /// Reads the whole job; throws the Fault that it finds first, and FileError. A check serves for one job.
   JobSummary run();
+  /// What deserves a word without being a fault, also in a job with one, as far as it was read.
+  [[nodiscard]] const std::vector<Note>& notes() const { return header_.notes(); }
 
  private:
   Element nextElement(const char* what);
@@ -68,13 +74,14 @@ class JobCheck {
   PageSink* sink_;
   PageSink noSink_;
   ElementReader elements_;
+  PjlHeaderRules header_;
   PageRules rules_;
   WicketTables tables_ = standardTables();
   EntropyCheck entropy_;
   BandDecoder decoder_;
 };
 
-/// Checks a job in memory.
+/// Checks a job in memory, which has to be the only one there.
 JobSummary checkJob(std::span<const std::uint8_t> bytes, PageSink* sink = nullptr);
 
 }  // namespace kesto::job

@@ -1,7 +1,5 @@
 #include "kestojob/reader/lister.h"
 
-#include <algorithm>
-
 #include "kestojob/reader/elementreader.h"
 #include "kestojob/reader/fault.h"
 #include "pclxl/xlnames.h"
@@ -16,7 +14,7 @@ class Lister {
   Lister(ByteSource& source, ListWriter& writer) : source_(source), writer_(writer), elements_(source) {}
 
   void run() {
-    if (source_.atEnd()) throw Fault(0, "The job is empty.");
+    if (source_.atEnd()) throw Fault(source_.offset(), "The job is empty.");
     while (const auto element = elements_.next()) {
       std::visit([this](const auto& e) { show(e); }, *element);
     }
@@ -72,7 +70,7 @@ class Lister {
   TagSummary readTagSummary(const DataBlock& block) {
     TagSummary summary;
     BlockReader reader(source_, block.length);
-    const auto pixels = static_cast<std::uint64_t>(std::max<std::int64_t>(strip_.width * strip_.height, 0));
+    const auto pixels = static_cast<std::uint64_t>(strip_.width) * static_cast<std::uint64_t>(strip_.height);
     try {
       summary.counts = readTags(reader, pixels / 4);
     } catch (const Fault& fault) {
@@ -91,7 +89,8 @@ class Lister {
 
 }  // namespace
 
-void listJob(ByteSource& source, ListWriter& writer) {
+void listJob(ByteSource& source, ListWriter& writer, std::uint64_t number) {
+  if (number > 1) writer.job(source.offset(), number);
   try {
     Lister(source, writer).run();
   } catch (const Fault& fault) {

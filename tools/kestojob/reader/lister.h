@@ -23,6 +23,11 @@ struct StripData {
   std::int64_t x = 0, y = 0;
   std::int64_t width = 0, height = 0;
   std::int64_t bytesPerPixel = 1;
+
+  /// Bytes of its pixels before compression; a job with a fault may announce more than an integer holds.
+  [[nodiscard]] double plainBytes() const {
+    return static_cast<double>(width) * static_cast<double>(height) * static_cast<double>(bytesPerPixel);
+  }
 };
 
 /// A strip's tag plane: how many pixels have which tag, or why that is not known.
@@ -38,6 +43,8 @@ class ListWriter {
   ListWriter& operator=(const ListWriter&) = delete;
   virtual ~ListWriter() = default;
 
+  /// Called where a job begins, for every job but the first one of a file.
+  virtual void job(std::uint64_t offset, std::uint64_t number) = 0;
   virtual void npa(const NpaPacket& packet) = 0;
   virtual void pjl(const PjlLine& line) = 0;
   virtual void header(const StreamHeader& header) = 0;
@@ -52,10 +59,11 @@ class ListWriter {
 /// A line of text for each element: its offset, its kind, and what it says.
 [[nodiscard]] std::unique_ptr<ListWriter> makeTextWriter(std::ostream& out);
 
-/// A JSON array with an object for each element, one a line. The writer's end closes it, whatever comes before that.
+/// A JSON array with an object for each element of all jobs, one a line. The writer's end closes it, whatever comes
+/// before that.
 [[nodiscard]] std::unique_ptr<ListWriter> makeJsonWriter(std::ostream& out);
 
-/// Lists the job. Throws the Fault behind which nothing can be read.
-void listJob(ByteSource& source, ListWriter& writer);
+/// Lists the job, the file's `number`th. Throws the Fault behind which nothing of the job can be read.
+void listJob(ByteSource& source, ListWriter& writer, std::uint64_t number = 1);
 
 }  // namespace kesto::job

@@ -18,6 +18,7 @@ constexpr SheetSize points(double width, double height) {
 
 struct NumberedSheet {
   std::int64_t number;
+  std::string_view name;
   SheetSize size;
 };
 
@@ -27,23 +28,23 @@ struct NamedSheet {
 };
 
 constexpr auto NUMBERED = std::to_array<NumberedSheet>({
-    {0, inches(8.5, 11)},        // Letter
-    {1, inches(8.5, 14)},        // Legal
-    {2, mm(210, 297)},           // A4
-    {3, inches(7.25, 10.5)},     // Executive
-    {6, inches(4.125, 9.5)},     // envelope 10
-    {7, points(279, 540)},       // envelope 7 3/4
-    {8, mm(162, 229)},           // envelope C5
-    {9, mm(110, 220)},           // envelope DL
-    {11, mm(182, 257)},          // B5 (JIS)
-    {13, mm(176, 250)},          // B5 (ISO)
-    {14, mm(100, 148)},          // postcard
-    {15, mm(148, 200)},          // double postcard
-    {16, mm(148, 210)},          // A5
-    {17, mm(210, 330)},          // Folio
-    {18, mm(128, 182)},          // B6 (JIS)
-    {19, inches(5.5, 8.5)},      // Statement
-    {255, inches(3.875, 8.875)}  // envelope 9
+    {0, "Letter", inches(8.5, 11)},
+    {1, "Legal", inches(8.5, 14)},
+    {2, "A4", mm(210, 297)},
+    {3, "Executive", inches(7.25, 10.5)},
+    {6, "Envelope 10", inches(4.125, 9.5)},
+    {7, "Envelope 7 3/4", points(279, 540)},
+    {8, "Envelope C5", mm(162, 229)},
+    {9, "Envelope DL", mm(110, 220)},
+    {11, "B5 (JIS)", mm(182, 257)},
+    {13, "B5 (ISO)", mm(176, 250)},
+    {14, "Postcard", mm(100, 148)},
+    {15, "Double postcard", mm(148, 200)},
+    {16, "A5", mm(148, 210)},
+    {17, "Folio", mm(210, 330)},
+    {18, "B6 (JIS)", mm(128, 182)},
+    {19, "Statement", inches(5.5, 8.5)},
+    {255, "Envelope 9", inches(3.875, 8.875)},
 });
 
 constexpr auto NAMED = std::to_array<NamedSheet>({
@@ -89,6 +90,11 @@ std::optional<SheetSize> lookUp(const Table& table, Key key, Field field) {
 
 std::optional<SheetSize> findSheet(std::int64_t number) {
   return lookUp(NUMBERED, number, &NumberedSheet::number);
+}
+
+std::string_view sheetName(std::int64_t number) {
+  const auto found = std::ranges::find(NUMBERED, number, &NumberedSheet::number);
+  return found == NUMBERED.end() ? std::string_view() : found->name;
 }
 
 std::optional<SheetSize> findSheet(std::string_view name) {

@@ -18,6 +18,9 @@ struct SheetSize {
 /// The size of a number of the MediaSize attribute, or nothing for a number that the printers do not know.
 [[nodiscard]] std::optional<SheetSize> findSheet(std::int64_t number);
 
+/// The name of a number of the MediaSize attribute as people know it; empty for a number that the printers do not know.
+[[nodiscard]] std::string_view sheetName(std::int64_t number);
+
 /// The size of a name of the MediaSize attribute.
 [[nodiscard]] std::optional<SheetSize> findSheet(std::string_view name);
 

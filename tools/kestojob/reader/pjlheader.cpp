@@ -28,7 +28,7 @@ constexpr std::string_view NOUGHT[] = {"0"};
 constexpr Values ANY = {};
 
 enum Presence : std::uint8_t { ALWAYS, SOMETIMES };
-enum Meaning : std::uint8_t { NO_MATTER, COLOR_MODEL, QUALITY, DUPLEX, BINDING, RESOLUTION, PAGE_MODE };
+enum Meaning : std::uint8_t { NO_MATTER, COLOR_MODEL, QUALITY, DUPLEX, BINDING, RESOLUTION, PAGE_MODE, QUOTED };
 
 struct Row {
   std::string_view format;
@@ -42,8 +42,8 @@ constexpr auto HEADER = std::to_array<Row>({
     {PJL_STRINGCODESET, ALWAYS, ANY},
     {PJL_FDATETIME, ALWAYS, ANY},
     {PJL_CMD_COMMENT_DRIVERNAME, ALWAYS, DRIVERS},
-    {PJL_CMD_JOBNAME, ALWAYS, ANY},
-    {PJL_CMD_HOSTID, ALWAYS, ANY},
+    {PJL_CMD_JOBNAME, ALWAYS, ANY, QUOTED},
+    {PJL_CMD_HOSTID, ALWAYS, ANY, QUOTED},
     {PJL_CMD_SET_SHARPEN, SOMETIMES, ON_OFF},
     {PJL_CMD_SET_COLOR_MODEL, ALWAYS, COLOR_MODELS, COLOR_MODEL},
     {PJL_CMD_SET_TONER_SAVE, SOMETIMES, ON_OFF},
@@ -134,6 +134,12 @@ void PjlHeaderRules::note(std::size_t row, const std::string& value, std::uint64
     }
     case PAGE_MODE:
       facts_.edgeToEdge = value == "EDGETOEDGE";
+      return;
+    case QUOTED:
+      if (const std::size_t mark = value.find('"'); mark != std::string::npos) {
+        notes_.push_back({offset + mark, "The text of the PJL line " + nameOf(HEADER[row]) +
+                                             " holds a quotation mark, which the printer may take for its end."});
+      }
       return;
     case NO_MATTER:
       return;

@@ -6,8 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "kestojob/reader/element.h"
+#include "kestojob/reader/fault.h"
 
 namespace kesto::job {
 
@@ -26,12 +28,15 @@ class PjlHeaderRules {
   /// Judges the next line; a Fault when it is not what may come here. True when it was the header's last line.
   [[nodiscard]] bool take(const PjlLine& line);
   [[nodiscard]] const PjlFacts& facts() const { return facts_; }
+  /// What the printer may take in another way than was meant, in the lines so far.
+  [[nodiscard]] const std::vector<Note>& notes() const { return notes_; }
 
  private:
   void note(std::size_t row, const std::string& value, std::uint64_t offset);
 
   std::size_t row_ = 0;
   PjlFacts facts_;
+  std::vector<Note> notes_;
 };
 
 /// The lines that end a job.

@@ -44,13 +44,6 @@ bool isControlSequence(std::string_view sequence) {
   return sequence.size() == 2 && first == 0xC2 && byteOf(sequence[1]) < 0xA0;
 }
 
-std::string jsonCharacter(std::string_view sequence) {
-  const char c = sequence[0];
-  if (c == '"' || c == '\\') return {'\\', c};
-  if (!isControlSequence(sequence)) return std::string(sequence);
-  return hexDigits("\\u00", byteOf(sequence.back()));
-}
-
 }  // namespace
 
 std::string printable(std::string_view text) {
@@ -63,16 +56,6 @@ std::string printable(std::string_view text) {
     text.remove_prefix(taken);
   }
   return result;
-}
-
-std::string jsonString(std::string_view text) {
-  std::string result = "\"";
-  while (!text.empty()) {
-    const std::size_t length = sequenceLength(text);
-    result += length == 0 ? "\\ufffd" : jsonCharacter(text.substr(0, length));
-    text.remove_prefix(length == 0 ? 1 : length);
-  }
-  return result + '"';
 }
 
 std::string hexByte(std::uint8_t byte) {

@@ -1,6 +1,6 @@
 // Bytes and numbers as people and programs read them.
 //
-// A job may contain anything. None of it reaches a terminal as a control character or breaks a JSON string.
+// A job may contain anything. None of it reaches a terminal as a control character.
 #pragma once
 
 #include <cstdint>
@@ -17,9 +17,6 @@ namespace kesto::job {
 [[nodiscard]] constexpr bool isControl(std::uint8_t character) {
   return character < 0x20 || character == 0x7F;
 }
-
-/// A JSON string, its quotes included. Bytes that are no UTF-8 become U+FFFD.
-[[nodiscard]] std::string jsonString(std::string_view text);
 
 /// "0x1F"
 [[nodiscard]] std::string hexByte(std::uint8_t byte);

@@ -61,6 +61,7 @@ class TextWriter : public ListWriter {
  public:
   explicit TextWriter(std::ostream& out) : out_(out) {}
 
+  void job(std::uint64_t offset, std::uint64_t number) override { line(offset, "JOB") << "job " << number << '\n'; }
   void npa(const NpaPacket& packet) override { line(packet.offset, "NPA") << npaText(packet) << '\n'; }
   void pjl(const PjlLine& pjl) override { line(pjl.offset, "PJL") << printable(pjl.text) << '\n'; }
   void header(const StreamHeader& header) override { line(header.offset, "XL") << printable(header.text) << '\n'; }
@@ -74,7 +75,7 @@ class TextWriter : public ListWriter {
   void image(const StripData& data) override {
     strip(data) << "image at (" << data.x << ", " << data.y << "), " << data.width << " x " << data.height
                 << " pixels, " << counted(data.block.length, "byte");
-    const double plain = static_cast<double>(data.width * data.height * data.bytesPerPixel);
+    const double plain = data.plainBytes();
     if (data.block.length > 0 && plain > 0) out_ << ", 1 : " << decimal(plain / data.block.length, 1);
     out_ << '\n';
   }
