@@ -1,10 +1,18 @@
 // The queue's jobs: those that wait, and what became of the last one.
 #include <algorithm>
+#include <utility>
 
 #include "kestodoctor/checks.h"
 
 namespace kesto::doctor {
 namespace {
+
+/// How the filter's errors begin. It ends such a job in order, so that to the spooler it is as complete as any other.
+constexpr std::string_view FILTER_ERRORS[] = {"The document ", "The paper size ", "Page ", "Unable to "};
+
+bool endedWithError(const Job& job) {
+  return std::ranges::any_of(FILTER_ERRORS, [&](std::string_view start) { return job.message.starts_with(start); });
+}
 
 std::string nameOf(const Examination& examination, const Job& job) {
   return plain(examination.queueName) + "-" + std::to_string(job.id);
@@ -58,16 +66,19 @@ Finding checkWaitingJobs(Examination& examination) {
 }
 
 Finding checkLastJob(Examination& examination) {
-  const auto jobs = examination.spooler.lastJob(examination.queueName);
+  const auto jobs = examination.spooler.pastJobs(examination.queueName);
   if (!jobs) return noAnswer("the last job");
   if (jobs->empty()) return good("the queue has printed nothing yet");
-  const Job& job = jobs->front();
+  const Job& job =
+      *std::ranges::max_element(*jobs, {}, [](const Job& past) { return std::pair(past.completed, past.id); });
   const std::string name = "the last job, " + nameOf(examination, job) + ',';
   if (job.state == IPP_JSTATE_ABORTED) {
     return wrong(name + " failed" + troubleOf(job),
                  "print it again when all else is good; the spooler's log says more");
   }
-  return good(name + (job.state == IPP_JSTATE_CANCELED ? " was cancelled" : " was printed") + messageOf(job));
+  if (job.state == IPP_JSTATE_CANCELED) return good(name + " was cancelled" + messageOf(job));
+  if (endedWithError(job)) return wrong(name + " was not printed whole" + messageOf(job), "print another document");
+  return good(name + " was printed" + messageOf(job));
 }
 
 }  // namespace kesto::doctor

@@ -38,7 +38,8 @@ void wantAttributes(const Request& request, const std::array<const char*, COUNT>
 constexpr std::array QUEUE_ATTRIBUTES = {
     "printer-name",          "printer-make-and-model",   "device-uri", "printer-state", "printer-state-message",
     "printer-state-reasons", "printer-is-accepting-jobs"};
-constexpr std::array JOB_ATTRIBUTES = {"job-id", "job-state", "job-state-reasons", "job-printer-state-message"};
+constexpr std::array JOB_ATTRIBUTES = {"job-id", "time-at-completed", "job-state", "job-state-reasons",
+                                       "job-printer-state-message"};
 
 std::string textOf(ipp_attribute_t* attribute, int index = 0) {
   const char* text = ippGetString(attribute, index, nullptr);
@@ -66,6 +67,7 @@ void take(ipp_attribute_t* attribute, const std::string& name, Queue& queue) {
 void take(ipp_attribute_t* attribute, const std::string& name, Job& job) {
   if (name == "job-id") job.id = ippGetInteger(attribute, 0);
   if (name == "job-state") job.state = static_cast<ipp_jstate_t>(ippGetInteger(attribute, 0));
+  if (name == "time-at-completed") job.completed = ippGetInteger(attribute, 0);
   if (name == "job-state-reasons") job.reasons = reasonsOf(attribute);
   if (name == "job-printer-state-message") job.message = textOf(attribute);
 }
@@ -176,19 +178,17 @@ std::optional<std::string> Spooler::fetch(const Message& request) {
 }
 
 std::optional<std::vector<Job>> Spooler::waitingJobs(const std::string& queue) {
-  constexpr int ENOUGH = 100;
-  return jobs(queue, "not-completed", ENOUGH);
+  return jobs(queue, "not-completed");
 }
 
-std::optional<std::vector<Job>> Spooler::lastJob(const std::string& queue) {
-  return jobs(queue, "completed", 1);
+std::optional<std::vector<Job>> Spooler::pastJobs(const std::string& queue) {
+  return jobs(queue, "completed");
 }
 
-std::optional<std::vector<Job>> Spooler::jobs(const std::string& queue, const char* which, int limit) {
+std::optional<std::vector<Job>> Spooler::jobs(const std::string& queue, const char* which) {
   Request request = makeRequest(IPP_OP_GET_JOBS);
   addQueue(request, queue);
   add(request, IPP_TAG_KEYWORD, "which-jobs", which);
-  ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "limit", limit);
   wantAttributes(request, JOB_ATTRIBUTES);
   const Message answer = ask(std::move(request));
   if (!isGood(answer.get())) return std::nullopt;

@@ -31,6 +31,7 @@ struct Job {
   ipp_jstate_t state = IPP_JSTATE_PENDING;
   std::string message;
   std::vector<std::string> reasons;
+  int completed = 0;  ///< when it was over, in the system's seconds
 };
 
 class Spooler {
@@ -59,10 +60,10 @@ class Spooler {
   [[nodiscard]] std::optional<std::string> queuePpd(const std::string& queue);
   [[nodiscard]] std::optional<std::string> driverPpd(const std::string& driver);
 
-  /// The jobs that are not over, in the order of printing; or those that are over, the last one first and no others.
-  /// Nothing when the spooler does not say.
+  /// The jobs that are not over, or those that are, in no order that could be relied on. Nothing when the spooler does
+  /// not say.
   [[nodiscard]] std::optional<std::vector<Job>> waitingJobs(const std::string& queue);
-  [[nodiscard]] std::optional<std::vector<Job>> lastJob(const std::string& queue);
+  [[nodiscard]] std::optional<std::vector<Job>> pastJobs(const std::string& queue);
 
   /// The URIs of the devices that the spooler's backend for `scheme` finds; nothing when we may not ask for them.
   [[nodiscard]] std::optional<std::vector<std::string>> devices(const std::string& scheme);
@@ -72,7 +73,7 @@ class Spooler {
 
   [[nodiscard]] Message ask(Message request);
   [[nodiscard]] std::optional<std::string> fetch(const Message& request);
-  [[nodiscard]] std::optional<std::vector<Job>> jobs(const std::string& queue, const char* which, int limit);
+  [[nodiscard]] std::optional<std::vector<Job>> jobs(const std::string& queue, const char* which);
 
   http_t* connection_ = nullptr;
 };

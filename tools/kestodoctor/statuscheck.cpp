@@ -35,7 +35,7 @@ constexpr auto UNREGISTER = [] {
 /// What came back from the printer.
 struct Answer {
   bool heard = false;     ///< a datagram of any kind
-  bool ours = false;      ///< one that answers our request
+  bool ours = false;      ///< one that answers us, with a packet that is whole
   bool complete = false;  ///< a whole response is in validBuffer
 };
 
@@ -50,8 +50,10 @@ void send(int descriptor, std::span<const std::uint8_t> command) {
 void take(std::span<const std::uint8_t> datagram, Answer& answer) {
   answer.heard = true;
   if (!isAckIDValid(datagram)) return;
-  answer.ours = true;
   const auto packets = datagram.subspan(NETWORK_ANSWER_OFFSET);
+  const std::uint32_t first = lengthofNPACommand(packets);
+  if (first == 0 || first > packets.size()) return;
+  answer.ours = true;
   std::int32_t length = 0, done = 1;
   answer.complete =
       ValidateReceivedResponse(packets.data(), validBuffer, static_cast<std::uint32_t>(packets.size()), length, done);

@@ -5,8 +5,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <span>
+#include <string_view>
 #include <system_error>
-#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
