@@ -5,6 +5,7 @@
 
 namespace kesto::doctor {
 
+/// A filter that others can change is not run here either: the caller may be root.
 Finding checkRendering(Examination& examination) {
   const auto& ppd = examination.queuePpd ? examination.queuePpd : examination.driverPpd;
   const std::string trouble = printTestPage({.serverBin = serverBin(),

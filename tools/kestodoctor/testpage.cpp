@@ -97,6 +97,7 @@ class Shades : public job::PageSink {
 /// Texts as a program takes them: pointers with a null behind them.
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -115,11 +116,11 @@ class FilterRun {
     start();
     if (child_ < 0) return "it cannot be started: " + std::generic_category().message(errno);
     if (!endsWithin(call_.time)) {
-      return "it takes more than " + std::to_string(call_.time.count()) + " seconds" + lastWords();
+      return "it takes more than " + std::to_string(call_.time.count()) + " seconds" + error();
     }
     const int status = stop();
-    if (WIFSIGNALED(status)) return std::string("it is ended by signal ") + sigdescr_np(WTERMSIG(status)) + lastWords();
-    if (WEXITSTATUS(status) != 0) return "it ends with status " + std::to_string(WEXITSTATUS(status)) + lastWords();
+    if (WIFSIGNALED(status)) return std::string("it is ended by signal ") + sigdescr_np(WTERMSIG(status)) + error();
+    if (WEXITSTATUS(status) != 0) return "it ends with status " + std::to_string(WEXITSTATUS(status)) + error();
     return judge();
   }
 
@@ -184,26 +185,24 @@ class FilterRun {
       job::JobCheck(source, &shades).run();
     } catch (const job::Fault& fault) {
       return "its job is not as it should be: offset " + std::to_string(fault.offset()) + ": " + plain(fault.what()) +
-             lastWords();
+             error();
     }
-    return shades.showThePage() ? "" : "its job does not show what was on the page" + lastWords();
+    return shades.showThePage() ? "" : "its job does not show what was on the page" + error();
   }
 
-  /// The filter's first error, else its last message, behind a colon.
-  [[nodiscard]] std::string lastWords() const {
-    constexpr std::string_view ERROR = "ERROR: ";
+  /// The filter's first error behind a colon; empty when it has reported none.
+  [[nodiscard]] std::string error() const {
+    constexpr std::string_view START = "ERROR: ";
     log_.rewind();
     std::array<char, 65536> text;
     const ssize_t got = read(log_.descriptor(), text.data(), text.size());
     std::string_view rest(text.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    std::string_view last;
     while (!rest.empty()) {
       const std::string_view line = rest.substr(0, rest.find('\n'));
-      if (line.starts_with(ERROR)) return ": " + quoted(line.substr(ERROR.size()));
-      if (!line.empty()) last = line;
+      if (line.starts_with(START)) return ": " + quoted(line.substr(START.size()));
       rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
-    return last.empty() ? "" : ": " + quoted(last);
+    return "";
   }
 
   const FilterCall& call_;

@@ -30,7 +30,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::string shellWord(std::string_view text) {
-  const std::string word = printableText(text);
+  std::string word = printableText(text);
   if (!word.empty() && std::ranges::all_of(word, isPlainInShell)) return word;
   std::string result = "'";
   for (const char c : word) result += c == '\'' ? R"('\'')" : std::string(1, c);
