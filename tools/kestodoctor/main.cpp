@@ -1,10 +1,12 @@
 // kestodoctor: says why a printer does not print, and what to do about it. It looks, and changes nothing.
+#include <chrono>
 #include <iostream>
 #include <new>
 
 #include <CLI/CLI.hpp>
 #include <cups/cups.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include "kestodoctor/checklist.h"
 #include "kestodoctor/reportwriter.h"
@@ -38,12 +40,29 @@ ExitStatus endCall(const CLI::App& app, const CLI::ParseError& error) {
   return WRONG_CALL;
 }
 
+/// How long a check may take besides the test page; each ends much earlier by itself. Nothing but this ends a question
+/// to a server that sends a byte a second, or to a network that knows no names.
+constexpr std::chrono::seconds CHECK_TIME{60};
+
+void giveUp(int /*signal*/) {
+  constexpr char MESSAGE[] = "kestodoctor: given up, because the spooler or the network does not come to an end\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, MESSAGE, sizeof MESSAGE - 1);
+  _exit(SOMETHING_WRONG);
+}
+
+void startTimer(const Call& call) {
+  alarm(static_cast<unsigned>((CHECK_TIME + call.pageTime).count()));
+}
+
 ExitStatus run(const Call& call) {
+  signal(SIGALRM, giveUp);
+  startTimer(call);
   const auto writer = call.json ? makeJsonReport(std::cout) : makeTextReport(std::cout);
   bool wrong = false;
   examine(call, [&](const std::string& queue, std::string_view check, const Finding& finding) {
     wrong = wrong || finding.state == State::WRONG;
     writer->add(queue, check, finding);
+    startTimer(call);
   });
   writer->finish();
   std::cout.flush();
