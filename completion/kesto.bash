@@ -81,12 +81,13 @@ _kestoprinter() {
 }
 
 _kestodoctor() {
-  local word=$2 before=$3
+  local word=$2 before=$3 help
   COMPREPLY=()
-  if [ "$before" = -h ]; then
+  help=$("$1" --help 2>/dev/null)
+  if _kesto_takes_value "$help" "$before"; then
     return
   elif [[ $word == -* ]]; then
-    _kesto_words "$word" "$(_kesto_options "$("$1" --help 2>/dev/null)")"
+    _kesto_words "$word" "$(_kesto_options "$help")"
   else
     _kesto_words "$word" "$(lpstat -e 2>/dev/null)"
   fi

@@ -53,7 +53,8 @@ TEST(Install, TheProgramsAreHardened) {
       {"stack protector", "UND __stack_chk_fail@"},
       {"fortified", "UND __[a-z]+_chk@"},
   };
-  for (const char* program : {"/usr/lib/cups/filter/pdftokesto", "/usr/bin/kestojob", "/usr/bin/kestoprinter"}) {
+  for (const char* program :
+       {"/usr/lib/cups/filter/pdftokesto", "/usr/bin/kestodoctor", "/usr/bin/kestojob", "/usr/bin/kestoprinter"}) {
     const std::string path = folder.path() + program;
     const std::string found = outputOf({"readelf", "-W", "-h", "-l", "-d", "--dyn-syms", path});
     for (const auto& [what, pattern] : marks) {

@@ -38,9 +38,10 @@ std::string PrivateSpooler::unavailable() {
   return "";
 }
 
-PrivateSpooler::PrivateSpooler(const std::string& filter) {
+PrivateSpooler::PrivateSpooler(const std::string& filter, const std::string& driver) {
   makeFolders();
   gatherPrograms(filter);
+  gatherData(driver);
   writeConfiguration();
   const std::string configuration = folder_.path() + "/etc/";
   Command command{
@@ -61,7 +62,7 @@ PrivateSpooler::~PrivateSpooler() {
 void PrivateSpooler::makeFolders() {
   fs::permissions(folder_.path(), fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
   for (const char* name :
-       {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter", "bin/backend"}) {
+       {"etc/ppd", "spool/tmp", "cache", "state", "log", "output", "home", "bin/filter", "bin/backend", "data"}) {
     fs::create_directories(folder_.path() + "/" + name);
   }
   fs::permissions(outputPath(""), fs::perms::all);
@@ -88,12 +89,24 @@ void PrivateSpooler::gatherPrograms(const std::string& filter) const {
   }
 }
 
+void PrivateSpooler::gatherData(const std::string& driver) const {
+  const fs::path data = folder_.path() + "/data";
+  for (const auto& entry : fs::directory_iterator("/usr/share/cups")) {
+    fs::create_symlink(entry, data / entry.path().filename());
+  }
+  if (driver.empty()) return;
+  for (const char* name : {"drv", "ppdc"}) fs::remove(data / name);
+  fs::create_directory(data / "drv");
+  fs::copy_file(fs::path(driver) / "kesto.drv", data / "drv/kesto.drv");
+  fs::copy(fs::path(driver) / "po", data / "ppdc");
+}
+
 void PrivateSpooler::writeConfiguration() const {
   const std::string& folder = folder_.path();
   const Variables files = {
-      {"ServerRoot", "/etc"},       {"RequestRoot", "/spool"},  {"TempDir", "/spool/tmp"},
-      {"CacheDir", "/cache"},       {"StateDir", "/state"},     {"ServerBin", "/bin"},
-      {"AccessLog", "/log/access"}, {"ErrorLog", "/log/error"}, {"PageLog", "/log/page"},
+      {"ServerRoot", "/etc"},     {"RequestRoot", "/spool"}, {"TempDir", "/spool/tmp"}, {"CacheDir", "/cache"},
+      {"StateDir", "/state"},     {"ServerBin", "/bin"},     {"DataDir", "/data"},      {"AccessLog", "/log/access"},
+      {"ErrorLog", "/log/error"}, {"PageLog", "/log/page"},
   };
   std::ofstream cupsFiles(folder + "/etc/cups-files.conf");
   cupsFiles << "User lp\nGroup lp\nSystemGroup root\nFileDevice Yes\n";

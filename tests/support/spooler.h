@@ -20,7 +20,8 @@ class PrivateSpooler {
 
   /// Starts the spooler, with `filter` among its filters and the virtual printer as the backend usb, and waits until it
   /// answers. Throws when it does not.
-  explicit PrivateSpooler(const std::string& filter);
+  /// With `driver`, a folder with kesto.drv and its catalogues in po, that is the one driver on the spooler's list.
+  explicit PrivateSpooler(const std::string& filter, const std::string& driver = "");
   PrivateSpooler(const PrivateSpooler&) = delete;
   PrivateSpooler& operator=(const PrivateSpooler&) = delete;
   /// Ends the spooler and removes its folder.
@@ -44,6 +45,11 @@ class PrivateSpooler {
 
   /// A path in the spooler's folder that its filters and devices can write to.
   [[nodiscard]] std::string outputPath(const std::string& name) const { return folder_.path() + "/output/" + name; }
+  /// Its socket, and the folders that it takes its programs and its driver information files from.
+  [[nodiscard]] std::string socketPath() const { return folder_.path() + "/cups.sock"; }
+  [[nodiscard]] std::string serverBin() const { return folder_.path() + "/bin"; }
+  [[nodiscard]] std::string driverFolder() const { return folder_.path() + "/data/drv"; }
+  void signal(int number) const { daemon_->signal(number); }
   [[nodiscard]] std::string errorLog() const { return log("error"); }
   [[nodiscard]] std::string pageLog() const { return log("page"); }
 
@@ -53,9 +59,9 @@ class PrivateSpooler {
  private:
   void makeFolders();
   void gatherPrograms(const std::string& filter) const;
+  void gatherData(const std::string& driver) const;
   void writeConfiguration() const;
   [[nodiscard]] std::string log(const std::string& name) const;
-  [[nodiscard]] std::string socketPath() const { return folder_.path() + "/cups.sock"; }
 
   TemporaryFolder folder_;
   std::unique_ptr<Process> daemon_;

@@ -10,7 +10,7 @@
 namespace kesto::printer {
 
 inline constexpr char MAKE_AND_MODEL[] = "Kesto Page";
-inline constexpr char DEVICE_ID[] = "MFG:Kesto;MDL:Page;CMD:PJL,PCLXL;";
+inline constexpr char DEVICE_ID[] = "MFG:Kesto;MDL:Contone Color Page Printer;CMD:PJL,PCLXL;";
 
 /// What of the printer's state changes.
 struct PrinterState {
