@@ -8,8 +8,8 @@
 
 namespace kesto {
 
-/// 1 while the printer's last response reports an error. Written by the status thread, read by the job thread, whose own
-/// messages would replace the alert in the queue.
+/// 1 while the printer's last response reports an error. Written by the status thread, read by the job thread, whose
+/// own messages would replace the alert in the queue.
 extern std::atomic<std::int32_t> IsDeviceInError;
 
 /// How the alerts of one response are reported.
