@@ -72,20 +72,30 @@ std::string ppdOf(const std::string& description) {
   for (std::string entry; std::getline(entries >> std::ws, entry, ';');) {
     const std::string option = entry.substr(0, entry.find('='));
     const std::string choice = entry.substr(entry.find('=') + 1);
-    text += entry.starts_with('*') ? entry + '\n'
-                                   : "*OpenUI *" + option + ": PickOne\n*Default" + option + ": " + choice + "\n*" +
-                                         option + ' ' + choice + ": \"\"\n*CloseUI: *" + option + '\n';
+    if (entry.starts_with('*')) {
+      text.append(entry).append("\n");
+    } else {
+      text.append("*OpenUI *").append(option).append(": PickOne\n*Default").append(option).append(": ").append(choice);
+      text.append("\n*")
+          .append(option)
+          .append(" ")
+          .append(choice)
+          .append(": \"\"\n*CloseUI: *")
+          .append(option)
+          .append("\n");
+    }
   }
   return text;
 }
 
 class Settings : public testing::Test {
- protected:
+ public:
   ~Settings() override {
     releaseOptionSource();
     unsetenv("PPD");  // NOLINT(concurrency-mt-unsafe): one thread
   }
 
+ protected:
   /// Makes a file of this text the job's PPD; an empty one for none.
   void usePpd(const std::string& text) {
     // NOLINTBEGIN(concurrency-mt-unsafe): one thread
@@ -135,8 +145,9 @@ class Settings : public testing::Test {
     field.pop_back();
     const auto find = [&](const Fields& fields) { return std::ranges::find(fields, field, &Field::first)->second; };
     for (std::string choice; words >> choice;) {
-      const std::string setting = option + '=' + choice;
-      shown += ' ' + find(resolve(setting, "", "")) + '/' + find(resolve("", setting, ""));
+      std::string setting = option;
+      setting.append("=").append(choice);
+      shown.append(" ").append(find(resolve(setting, "", ""))).append("/").append(find(resolve("", setting, "")));
     }
     return shown;
   }

@@ -154,10 +154,10 @@ TEST_F(Doctor, FindsNothingWrongWithAHealthyQueueAndLeavesNothing) {
   EXPECT_EQ(outcome.status, 0) << text;
   EXPECT_EQ(text.find("wrong"), std::string::npos) << text;
   EXPECT_EQ(text.find("skipped"), std::string::npos) << text;
+  constexpr char PPD_LINE[] = "ok      the queue's PPD is the driver's, version " KESTO_VERSION "\n";
   for (const char* line :
-       {"ok      the queue's PPD is the driver's, version " KESTO_VERSION "\n", ":9100 accepts a connection\n",
-        "ok      the printer answers status requests and reports no error\n", "was printed",
-        "ok      the filter makes a good job of a test page\n"}) {
+       {PPD_LINE, ":9100 accepts a connection\n", "ok      the printer answers status requests and reports no error\n",
+        "was printed", "ok      the filter makes a good job of a test page\n"}) {
     std::string wanted = line;
     if (wanted.starts_with(':')) wanted = "port 9100 of " + printer_->address() + wanted.substr(5);
     EXPECT_NE(text.find(wanted), std::string::npos) << wanted << text;

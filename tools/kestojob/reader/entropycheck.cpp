@@ -24,8 +24,9 @@ EntropyCheck::Table::Table(const HuffmanSpec& spec) : symbols_(spec.symbols) {
     firstIndex_[length] = index;
     codes_[length] = spec.counts[length];
     for (std::int32_t i = 0; i < codes_[length] && length <= SHORT; ++i) {
-      const std::uint8_t symbol = symbols_[static_cast<std::size_t>(index + i)];
-      const auto first = static_cast<std::size_t>(code + i) << (SHORT - length);
+      const std::int32_t place = index + i;
+      const std::uint8_t symbol = symbols_[static_cast<std::size_t>(place)];
+      const std::size_t first = (static_cast<std::size_t>(code) + static_cast<std::size_t>(i)) << (SHORT - length);
       const std::size_t count = std::size_t{1} << (SHORT - length);
       for (std::size_t j = first; j < first + count; ++j) short_[j] = {static_cast<std::uint8_t>(length), symbol};
     }
@@ -37,9 +38,10 @@ EntropyCheck::Table::Table(const HuffmanSpec& spec) : symbols_(spec.symbols) {
 EntropyCheck::Table::Code EntropyCheck::Table::find(unsigned bits) const {
   if (const Code code = short_[bits >> (16 - SHORT)]; code.length != 0) return code;
   for (unsigned length = SHORT + 1; length <= 16; ++length) {
-    const std::int32_t place = static_cast<std::int32_t>(bits >> (16 - length)) - firstCode_[length];
-    if (place >= 0 && place < codes_[length]) {
-      return {static_cast<std::uint8_t>(length), symbols_[static_cast<std::size_t>(firstIndex_[length] + place)]};
+    const std::int32_t offset = static_cast<std::int32_t>(bits >> (16 - length)) - firstCode_[length];
+    if (offset >= 0 && offset < codes_[length]) {
+      const std::int32_t place = firstIndex_[length] + offset;
+      return {static_cast<std::uint8_t>(length), symbols_[static_cast<std::size_t>(place)]};
     }
   }
   return {};
