@@ -3,9 +3,13 @@
 #
 # What options and commands there are, and which options take a value, each program says itself (--help).
 
-# Offers those of the words $2... that begin with $1.
+# Offers those lines of standard input that begin with $1. Not by compgen -W, which carries out what stands in its words
+# as $(...): a spooler on the network may give its queues any name.
 _kesto_words() {
-  mapfile -t COMPREPLY < <(compgen -W "${*:2}" -- "$1")
+  local line
+  while read -r line; do
+    [[ $line == "$1"* ]] && COMPREPLY+=("$(printf %q "$line")")
+  done
 }
 
 # Offers the files that match the pattern $2, and folders; any file when there are none of these.
@@ -32,7 +36,7 @@ _kesto_commands() {
 
 # Whether in the help text $1 the option $2 takes a value, which stands behind a single blank.
 _kesto_takes_value() {
-  [[ $2 == -* ]] && grep -qE -- "^  ([^ ]*,)?$2(,[^ ]*)? [^ ]" <<<"$1"
+  [[ $2 =~ ^--?[a-z-]+$ ]] && grep -qE -- "^  ([^ ]*,)?$2(,[^ ]*)? [^ ]" <<<"$1"
 }
 
 _kestojob() {
@@ -43,14 +47,14 @@ _kestojob() {
   case $before in
     -o) _kesto_folders "$word"; return ;;
     --sheet) _kesto_files "$word" '*.png'; return ;;
-    --scale) _kesto_words "$word" 1/2 1/4 1/8 1/16 1/32; return ;;
+    --scale) _kesto_words "$word" < <(printf '%s\n' 1/{2,4,8,16,32}); return ;;
   esac
   if _kesto_takes_value "$help" "$before"; then
     return
   elif [[ $word == -* ]]; then
-    _kesto_words "$word" "$(_kesto_options "$help")"
+    _kesto_words "$word" < <(_kesto_options "$help")
   elif [ -z "$command" ]; then
-    _kesto_words "$word" "$(_kesto_commands "$help")"
+    _kesto_words "$word" < <(_kesto_commands "$help")
   else
     _kesto_files "$word" '*.prn'
   fi
@@ -69,14 +73,14 @@ _kestoprinter() {
   help=$("$1" --help 2>/dev/null; [ -z "$usb" ] || "$1" usb --help 2>/dev/null)
   case $before in
     -o | --output) _kesto_folders "$word"; return ;;
-    --fault) _kesto_words "$word" "$(sed -n 's/^  --fault \([a-z|-]*\).*/\1/p' <<<"$help" | tr '|' ' ')"; return ;;
+    --fault) _kesto_words "$word" < <(sed -n 's/^  --fault \([a-z|-]*\).*/\1/p' <<<"$help" | tr '|' '\n'); return ;;
   esac
   if _kesto_takes_value "$help" "$before"; then
     return
   elif [[ $word == -* ]]; then
-    _kesto_words "$word" "$(_kesto_options "$help")" ${usb:+--}
+    _kesto_words "$word" < <(_kesto_options "$help"; echo "${usb:+--}")
   elif [ -z "$usb" ]; then
-    _kesto_words "$word" "$(_kesto_commands "$help")"
+    _kesto_words "$word" < <(_kesto_commands "$help")
   fi
 }
 
@@ -87,9 +91,9 @@ _kestodoctor() {
   if _kesto_takes_value "$help" "$before"; then
     return
   elif [[ $word == -* ]]; then
-    _kesto_words "$word" "$(_kesto_options "$help")"
+    _kesto_words "$word" < <(_kesto_options "$help")
   else
-    _kesto_words "$word" "$(lpstat -e 2>/dev/null)"
+    _kesto_words "$word" < <(lpstat -e 2>/dev/null)
   fi
 }
 

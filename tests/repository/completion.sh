@@ -1,14 +1,13 @@
 #!/bin/bash
-# What bash offers for the beginning of a call: completion.sh KESTOJOB KESTOPRINTER COMPLETION
+# What bash offers for the beginning of a call: completion.sh KESTODOCTOR KESTOJOB KESTOPRINTER COMPLETION
 set -u
-job=$1 printer=$2
-. "$3"
+doctor=$1 job=$2 printer=$3
+. "$4"
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
 mkdir jobs && touch a.prn 'b c.prn' note.txt sheet.png
-lpstat() { printf 'Office\nAttic\n'; }
-doctor() { printf 'Options:\n  -h SERVER   the spooler\n  --json   JSON\n'; }
+lpstat() { printf '%s\n' Office Attic 'Odd$(touch obeyed)'; }
 failed=0
 
 # expect FUNCTION PROGRAM WORD... : WANTED...   where the last word is the one to complete
@@ -44,7 +43,9 @@ expect _kestoprinter "$printer" --ad : --address
 expect _kestoprinter "$printer" --fault o : oversized
 expect _kestoprinter "$printer" usb --pi : --piece
 expect _kestoprinter "$printer" usb -- a : a.prn
-expect _kestodoctor doctor A : Attic
-expect _kestodoctor doctor --j : --json
-expect _kestodoctor doctor -h "" :
+expect _kestodoctor "$doctor" A : Attic
+expect _kestodoctor "$doctor" Od : 'Odd\$\(touch\ obeyed\)'
+expect _kestodoctor "$doctor" --j : --json
+expect _kestodoctor "$doctor" -h "" :
+[ ! -e obeyed ] || { echo "a queue's name has been carried out"; failed=1; }
 exit $failed
