@@ -17,19 +17,15 @@ namespace {
 
 enum ExitStatus { ALL_GOOD = 0, SOMETHING_WRONG = 1 };
 
-constexpr int LONGEST_PAGE_TIME = 3600;
-
 void declare(CLI::App& app, Call& call) {
   app.set_help_flag("--help", "Show this help and exit");  // -h names a server, as with the spooler's own programs
   app.add_option("QUEUE", call.queue, "The queue; without it the default one if it uses this driver, else all that do")
       ->type_name("");
   app.add_option("-h", call.server, "The spooler to ask: a host, host:port or socket")->type_name("SERVER");
   app.add_flag("--json", call.json, "As a JSON array, one object a line");
-  app.add_option_function<int>(
-         "--timeout", [&call](int seconds) { call.pageTime = std::chrono::seconds(seconds); },
-         "How long the test page may take, in seconds; 60 if not given")
+  kesto::tools::addNumber(app, "--timeout", call.pageTime, {1, 3600}, "How long the test page may take, in seconds")
       ->type_name("SECONDS")
-      ->check(CLI::Range(1, LONGEST_PAGE_TIME));
+      ->default_str(std::to_string(call.pageTime.count()));
   app.footer("Exit status: 0 all is good, 1 something is wrong, 2 a wrong call.");
 }
 

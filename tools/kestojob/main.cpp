@@ -1,10 +1,8 @@
 // kestojob: lists, checks and shows what is in a printer job.
-#include <charconv>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -37,11 +35,7 @@ std::optional<unsigned> parseScale(const std::string& text) {
   constexpr std::string_view ONE_OF = "1/";
   if (text == "1") return 1;
   if (!text.starts_with(ONE_OF)) return std::nullopt;
-  unsigned scale = 0;
-  const char* const end = text.data() + text.size();
-  const auto parsed = std::from_chars(text.data() + ONE_OF.size(), end, scale);
-  const bool good = parsed.ec == std::errc() && parsed.ptr == end && scale >= 1 && scale <= SMALLEST_SCALE;
-  return good ? std::optional(scale) : std::nullopt;
+  return tools::wholeNumber(std::string_view(text).substr(ONE_OF.size()), {1, SMALLEST_SCALE});
 }
 
 std::string scaleError(const std::string& text) {

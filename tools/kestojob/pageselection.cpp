@@ -1,21 +1,17 @@
 #include "kestojob/pageselection.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
+
+#include "numbers.h"
 
 namespace kesto::job {
 namespace {
 
 constexpr std::uint64_t WITHOUT_END = std::numeric_limits<std::uint64_t>::max();
 
-/// A whole text of digits as a page number.
 std::optional<std::uint64_t> pageNumber(std::string_view text) {
-  std::uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto parsed = std::from_chars(text.data(), end, number);
-  const bool good = parsed.ec == std::errc() && parsed.ptr == end && number > 0;
-  return good ? std::optional(number) : std::nullopt;
+  return tools::wholeNumber(text, {1, WITHOUT_END});
 }
 
 }  // namespace

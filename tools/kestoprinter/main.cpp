@@ -4,14 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -26,6 +24,8 @@
 namespace {
 
 using namespace kesto::printer;
+using kesto::tools::addNumber;
+using kesto::tools::Range;
 
 std::atomic<bool> ended{false};
 
@@ -38,31 +38,9 @@ struct Settings {
   std::vector<std::string> errors, warnings, levels;
 };
 
-struct Range {
-  std::uint64_t low, high;
-};
 constexpr Range PORTS = {1, 65535};
 constexpr Range MILLISECONDS = {0, 3600000};
 constexpr Range BYTES = {1, 1000000000000};
-
-/// Adds an option for a whole number, which becomes `value`. The last name in `names` stands in messages.
-template <class Value>
-void addNumber(CLI::App& app, const std::string& names, Value& value, const Range& range, const std::string& text) {
-  const auto read = [&value, range, name = names.substr(names.rfind(',') + 1)](const std::string& digits) {
-    std::uint64_t number = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto parsed = std::from_chars(digits.data(), end, number);
-    if (parsed.ec != std::errc() || parsed.ptr != end || number < range.low || number > range.high) {
-      throw CLI::ValidationError(
-          name, "takes a number from " + std::to_string(range.low) + " to " + std::to_string(range.high));
-    }
-    value = static_cast<Value>(number);
-  };
-  CLI::Option* const option = app.add_option_function<std::string>(names, read, text)->type_name("N");
-  if constexpr (std::is_integral_v<Value>) {
-    if (value != 0) option->default_str(std::to_string(value));
-  }
-}
 
 void addFault(CLI::App& app, Fault& fault) {
   static constexpr std::array<std::pair<std::string_view, Fault>, 5> FAULTS = {{{"silent", Fault::SILENT},
