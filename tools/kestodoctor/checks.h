@@ -13,12 +13,13 @@ Finding checkEnabled(Examination& examination);
 Finding checkAccepting(Examination& examination);
 Finding checkReasons(Examination& examination);
 
-// driverchecks.cpp: the driver's files, and the queue's PPD.
+// driverchecks.cpp: the driver's files, the queue's PPD, and a page through the filter.
 Finding checkDriver(Examination& examination);
 Finding checkFilter(Examination& examination);
 Finding checkRenderer(Examination& examination);
 Finding checkPpd(Examination& examination);
 Finding checkBackend(Examination& examination);
+Finding checkRendering(Examination& examination);
 
 // devicechecks.cpp and statuscheck.cpp: the printer.
 Finding checkDevice(Examination& examination);
@@ -28,8 +29,5 @@ Finding checkStatus(Examination& examination);
 // jobchecks.cpp: what the queue has to say of its jobs.
 Finding checkWaitingJobs(Examination& examination);
 Finding checkLastJob(Examination& examination);
-
-// renderingcheck.cpp: a page through the filter.
-Finding checkRendering(Examination& examination);
 
 }  // namespace kesto::doctor

@@ -1,4 +1,4 @@
-// The driver's files as the spooler uses them, and the queue's PPD beside the driver's.
+// The driver's files as the spooler uses them, the queue's PPD beside the driver's, and a page through the filter.
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 
 #include "kestodoctor/checks.h"
-#include "kestodoctor/serverbin.h"
+#include "kestodoctor/testpage.h"
 
 namespace kesto::doctor {
 namespace {
@@ -86,12 +86,13 @@ bool holdsAll(const std::set<std::string>& all, const std::set<std::string>& wan
   return std::includes(all.begin(), all.end(), wanted.begin(), wanted.end());
 }
 
-}  // namespace
-
+/// Where the spooler's programs are; the filter looks for its renderer there as well.
 std::string serverBin() {
   const char* folder = std::getenv("CUPS_SERVERBIN");  // NOLINT(concurrency-mt-unsafe): one thread
   return folder != nullptr ? folder : "/usr/lib/cups";
 }
+
+}  // namespace
 
 Finding checkDriver(Examination& examination) {
   examination.driverPpd = examination.spooler.driverPpd(DRIVER);
@@ -134,6 +135,18 @@ Finding checkPpd(Examination& examination) {
     return wrong("the queue's PPD is not the driver's, though both are of version " + version, mend);
   }
   return good("the queue's PPD is the driver's, version " + version);
+}
+
+/// A filter that others can change is not run here either: the caller may be root.
+Finding checkRendering(Examination& examination) {
+  const auto& ppd = examination.queuePpd ? examination.queuePpd : examination.driverPpd;
+  const std::string trouble = printTestPage({.serverBin = serverBin(),
+                                             .queue = examination.queueName.empty() ? "test" : examination.queueName,
+                                             .ppd = ppd,
+                                             .time = examination.call.pageTime});
+  if (trouble.empty()) return good("the filter makes a good job of a test page");
+  return wrong("the filter does not print a test page: " + trouble,
+               "apt-get install --reinstall printer-driver-kesto cups-filters");
 }
 
 }  // namespace kesto::doctor

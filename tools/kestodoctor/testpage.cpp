@@ -64,7 +64,7 @@ class MemoryFile {
  public:
   explicit MemoryFile(const char* name, std::string_view text = "") {
     const Descriptor file(memfd_create(name, MFD_CLOEXEC));
-    file_ = Descriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, FIRST_DESCRIPTOR));
+    if (file.get() >= 0) file_ = Descriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, FIRST_DESCRIPTOR));
     const void* bytes = text.data();
     const int error =
         file_.get() < 0 ? errno : writeFully(file_.get(), static_cast<const std::uint8_t*>(bytes), text.size());
@@ -144,9 +144,10 @@ class FilterRun {
     if (getppid() != parent) _exit(ECHILD);
     const rlimit limit = {.rlim_cur = LARGEST_FILE, .rlim_max = LARGEST_FILE};
     setrlimit(RLIMIT_FSIZE, &limit);
-    const bool ready = close(STDIN_FILENO) == 0 && open("/dev/null", O_RDONLY) == STDIN_FILENO &&
-                       dup2(job_.descriptor(), STDOUT_FILENO) >= 0 && dup2(log_.descriptor(), STDERR_FILENO) >= 0 &&
-                       fcntl(ppd_.descriptor(), F_SETFD, 0) == 0 && fcntl(document_.descriptor(), F_SETFD, 0) == 0;
+    close(STDIN_FILENO);  // which may not have been open
+    const bool ready = open("/dev/null", O_RDONLY) == STDIN_FILENO && dup2(job_.descriptor(), STDOUT_FILENO) >= 0 &&
+                       dup2(log_.descriptor(), STDERR_FILENO) >= 0 && fcntl(ppd_.descriptor(), F_SETFD, 0) == 0 &&
+                       fcntl(document_.descriptor(), F_SETFD, 0) == 0;
     if (ready) execve(program, argv, variables);
     constexpr char MESSAGE[] = "ERROR: the filter cannot be executed";
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, MESSAGE, sizeof MESSAGE - 1);
