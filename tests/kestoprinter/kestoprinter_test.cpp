@@ -1,5 +1,6 @@
 // The virtual printer as others see it: the spooler's backend, an SNMP manager, whoever calls it.
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -115,6 +116,19 @@ TEST(Jobs, NeverTakeTheNameOfAFileThatIsThere) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() + "/nowhere"));
   EXPECT_EQ(contentOf(folder.path() + "/job-0003.prn"), "three\n");
   EXPECT_EQ(contentOf(folder.path() + "/job-0004.prn"), "four\n");
+}
+
+TEST(Jobs, AnEndlessOneEndsWithThePrinterAndItsProgram) {
+  const TemporaryFolder folder;
+  const std::string program = R"(echo $$ > "$0"; exec yes)", note = folder.path() + "/program.pid";
+  const Strings arguments = {"kestoprinter", "usb", "-o", folder.path(), "--", "/bin/sh", "-c", program, note};
+  Process printer({.program = KESTO_PRINTER, .arguments = arguments, .environment = {{"PATH", "/usr/bin:/bin"}}});
+  for (int i = 0; i < 500 && !contentOf(note).ends_with('\n'); ++i) printer.collectFor(10ms);
+  const int pid = std::atoi(contentOf(note).c_str());
+  ASSERT_GT(pid, 0);
+  printer.signal(SIGTERM);
+  EXPECT_EQ(printer.finish().status, 128 + SIGTERM);
+  EXPECT_NE(kill(pid, 0), 0) << "the program has been left behind";
 }
 
 TEST(Program, SaysInOneLineWhatIsWrongWithACall) {

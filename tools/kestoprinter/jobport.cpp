@@ -11,6 +11,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
+
 namespace kesto::printer {
 namespace {
 
@@ -21,16 +23,6 @@ constexpr milliseconds IDLE{1000};
 
 }  // namespace
 
-bool writeAll(int file, std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
 int makeJobFile(const std::string& folder, int& number, std::string& name) {
   for (;; ++number) {
     std::array<char, 32> file = {};
@@ -40,10 +32,6 @@ int makeJobFile(const std::string& folder, int& number, std::string& name) {
     const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     if (descriptor >= 0 || errno != EEXIST || number == std::numeric_limits<int>::max()) return descriptor;
   }
-}
-
-void complainOf(const std::string& file) {
-  std::fprintf(stderr, "kestoprinter: %s: %s\n", file.c_str(), std::generic_category().message(errno).c_str());
 }
 
 JobPort::~JobPort() {
@@ -80,8 +68,9 @@ bool JobPort::takeSome(Connection& connection) {
     finish(connection, got == 0);
     return false;
   }
-  if (!keep(connection, std::span(buffer).first(static_cast<std::size_t>(got)))) {
-    complainOf(connection.name);
+  if (const int error = keep(connection, std::span(buffer).first(static_cast<std::size_t>(got))); error != 0) {
+    const std::string reason = std::generic_category().message(error);
+    std::fprintf(stderr, "kestoprinter: %s: %s\n", connection.name.c_str(), reason.c_str());
     finish(connection, false);
     return false;
   }
@@ -94,15 +83,15 @@ bool JobPort::takeSome(Connection& connection) {
   return true;
 }
 
-/// Appends to the job's file, which the first bytes make; false with errno set when that fails.
-bool JobPort::keep(Connection& connection, std::span<const std::uint8_t> bytes) {
+/// Appends to the job's file, which the first bytes make; returns 0 or the error number.
+int JobPort::keep(Connection& connection, std::span<const std::uint8_t> bytes) {
   if (connection.file < 0) {
     connection.number = lastNumber_ + 1;
     connection.file = makeJobFile(behaviour_.folder, connection.number, connection.name);
-    if (connection.file < 0) return false;
+    if (connection.file < 0) return errno;
     lastNumber_ = connection.number;
   }
-  return writeAll(connection.file, bytes);
+  return writeFully(connection.file, bytes.data(), bytes.size());
 }
 
 void JobPort::finish(Connection& connection, bool complete) {

@@ -24,9 +24,6 @@ struct KeptJob {
   bool complete;  ///< the sender closed it, not the printer or an error
 };
 
-/// Writes all of `bytes`; false, with errno set, when that fails.
-[[nodiscard]] bool writeAll(int file, std::span<const std::uint8_t> bytes);
-
 /// Makes a new file for a job in a folder, with the first number from `number` on that is free. `number` and `name`
 /// become its number and path. Returns its descriptor, or -1 with errno set.
 [[nodiscard]] int makeJobFile(const std::string& folder, int& number, std::string& name);
@@ -62,7 +59,7 @@ class JobPort {
   };
 
   bool takeSome(Connection& connection);
-  bool keep(Connection& connection, std::span<const std::uint8_t> bytes);
+  int keep(Connection& connection, std::span<const std::uint8_t> bytes);
   void finish(Connection& connection, bool complete);
 
   JobBehaviour behaviour_;

@@ -1,11 +1,11 @@
 #include "kestoprinter/usbjob.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/descriptor.h"
+#include "base/poll.h"
 #include "kestoprinter/jobport.h"
 
 namespace kesto::printer {
@@ -20,6 +21,12 @@ namespace {
 
 [[noreturn]] void failWith(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
+}
+
+Pipe openPipe() {
+  Pipe pipe;
+  if (const int error = pipe.open(); error != 0) throw std::system_error(error, std::generic_category(), "a pipe");
+  return pipe;
 }
 
 Descriptor jobFile(const UsbJob& job) {
@@ -68,10 +75,7 @@ std::string decoded(std::string_view text) {
 
 int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, const UsbJob& job) {
   const Descriptor file = jobFile(job);
-  std::array<int, 2> output{}, answers{};
-  if (pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(answers.data(), O_CLOEXEC) != 0) failWith("pipe");
-  const Descriptor data(output[0]), answerEnd(answers[1]);
-  Descriptor childOutput(output[1]), childAnswers(answers[0]);
+  Pipe output = openPipe(), answers = openPipe();
   setenv("DEVICE_URI", "usb://Kesto/Page", 0);  // NOLINT(concurrency-mt-unsafe): one thread
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
@@ -80,22 +84,25 @@ int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, co
   const std::string failure = "kestoprinter: " + command.front() + " cannot be run\n";
   const pid_t child = fork();
   if (child < 0) failWith("fork");
-  if (child == 0) becomeFilter(arguments.data(), failure, childOutput.get(), childAnswers.get());
-  childOutput.close();
-  childAnswers.close();
+  if (child == 0) becomeFilter(arguments.data(), failure, output.writeEnd.get(), answers.readEnd.get());
+  output.writeEnd.close();
+  answers.readEnd.close();
 
-  printer.run(data.get(), file.get(), answerEnd.get(), STDIN_FILENO, job.ended);
-  if (job.ended()) kill(child, SIGTERM);
+  printer.run(output.readEnd.get(), file.get(), answers.writeEnd.get(), STDIN_FILENO, job.ended);
+  // A program that has closed its output may still be at work.
+  bool told = false;
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  pollUntil([&] {
+    if (job.ended() && !std::exchange(told, true)) kill(child, SIGTERM);
+    return waitpid(child, &status, WNOHANG) != 0;
+  });
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 void printBackend(UsbPrinter& printer, const std::string& file, const UsbJob& job) {
-  const Descriptor kept = jobFile(job);
   const Descriptor data(file.empty() ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (data.get() < 0) failWith(file);
+  const Descriptor kept = jobFile(job);
   printer.run(data.get(), kept.get(), BACK_CHANNEL, -1, job.ended);
 }
 

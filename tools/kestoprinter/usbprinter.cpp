@@ -8,7 +8,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "kestoprinter/jobport.h"
+#include "base/descriptor.h"
 
 namespace kesto::printer {
 namespace {
@@ -67,17 +67,18 @@ std::uint64_t UsbPrinter::run(int data, int file, int answers, int commands, boo
   for (;;) {
     const int wait = sendDuePieces(answers);
     std::array<pollfd, 2> inputs = {{{data, POLLIN, 0}, {panelInput.descriptor(), POLLIN, 0}}};
-    if (poll(inputs.data(), inputs.size(), wait) <= 0) {
-      if (ended()) return kept;
-      continue;
-    }
+    const int ready = poll(inputs.data(), inputs.size(), wait);
+    if (ended()) return kept;
+    if (ready <= 0) continue;
     if (inputs[1].revents != 0) panelInput.read(panel_);
     if (inputs[0].revents == 0) continue;
     const ssize_t got = read(data, buffer.data(), buffer.size());
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return kept;
     const auto bytes = std::span(buffer).first(static_cast<std::size_t>(got));
-    if (!writeAll(file, bytes)) throw std::system_error(errno, std::generic_category(), "the job cannot be kept");
+    if (const int error = writeFully(file, bytes.data(), bytes.size()); error != 0) {
+      throw std::system_error(error, std::generic_category(), "the job cannot be kept");
+    }
     kept += bytes.size();
     take(bytes);
   }
