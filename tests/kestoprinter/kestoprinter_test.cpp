@@ -50,7 +50,10 @@ TEST(Snmp, TheSpoolersBackendLearnsOfSuppliesAndPagesAndWaitsForNothing) {
   EXPECT_EQ(low.linesWith("PAGE: total"), Strings{"PAGE: total 1"});
 
   printer.tell("level black=0");
-  const Outcome empty = printThroughBackend(printer, KESTO_KEPT_JOBS "/job1");
+  const TemporaryFolder folder;
+  const std::string two = contentOf(KESTO_KEPT_JOBS "/job1") + contentOf(KESTO_KEPT_JOBS "/job0");
+  const Outcome empty = printThroughBackend(printer, folder.write("two", two));
+  EXPECT_EQ(empty.linesWith("PAGE: total"), Strings{"PAGE: total 2"});
   EXPECT_EQ(empty.linesWith("ATTR: marker-levels=").front(), "ATTR: marker-levels=38,100,100,0");
   EXPECT_EQ(empty.linesWith("STATE: +toner"), Strings{"STATE: +toner-empty-warning"});
 }

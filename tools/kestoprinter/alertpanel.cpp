@@ -8,6 +8,9 @@
 namespace kesto::printer {
 namespace {
 
+/// A longer line is no command.
+constexpr std::size_t LONGEST_LINE = 4096;
+
 constexpr std::string_view BLANKS = " \t\r\n";
 
 std::string_view trimmed(std::string_view text) {
@@ -54,7 +57,7 @@ unsigned char AlertPanel::mask() const {
 }
 
 void PanelInput::read(AlertPanel& panel) {
-  std::array<char, 4096> text;
+  std::array<char, LONGEST_LINE> text;
   const ssize_t got = ::read(descriptor_, text.data(), text.size());
   if (got <= 0) {
     descriptor_ = -1;
@@ -64,6 +67,9 @@ void PanelInput::read(AlertPanel& panel) {
   for (std::size_t end = 0; (end = text_.find('\n')) != std::string::npos; text_.erase(0, end + 1)) {
     obeyOrComplain(panel, std::string_view(text_).substr(0, end));
   }
+  if (text_.size() <= LONGEST_LINE) return;
+  std::fprintf(stderr, "kestoprinter: a line has more than %zu bytes; no more lines are read\n", LONGEST_LINE);
+  descriptor_ = -1;
 }
 
 void obeyOrComplain(AlertPanel& panel, std::string_view line) {

@@ -41,7 +41,8 @@ class PanelInput {
   /// The descriptor to wait for; -1 once it has ended.
   [[nodiscard]] int descriptor() const { return descriptor_; }
 
-  /// Reads what has come and has the panel obey its whole lines; complaints go to standard error.
+  /// Reads what has come and has the panel obey its whole lines; complaints go to standard error. A line of nonsense
+  /// without an end is the last that is read.
   void read(AlertPanel& panel);
 
  private:

@@ -94,8 +94,9 @@ std::optional<NetworkPrinter::Datagram> NetworkPrinter::receive(const Descriptor
   Datagram datagram = {.peer = {}, .bytes = Bytes(2048)};
   socklen_t size = sizeof datagram.peer;
   void* generic = &datagram.peer;
-  const ssize_t got =
-      recvfrom(socket.get(), datagram.bytes.data(), datagram.bytes.size(), 0, static_cast<sockaddr*>(generic), &size);
+  // One whose checksum is wrong is announced and is then not there.
+  const ssize_t got = recvfrom(socket.get(), datagram.bytes.data(), datagram.bytes.size(), MSG_DONTWAIT,
+                               static_cast<sockaddr*>(generic), &size);
   if (got <= 0) return std::nullopt;
   datagram.bytes.resize(static_cast<std::size_t>(got));
   return datagram;

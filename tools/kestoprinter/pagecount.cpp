@@ -18,11 +18,13 @@ std::uint32_t pagesIn(const std::string& file) {
   std::uint32_t pages = 0;
   try {
     job::ByteSource source(descriptor.get());
-    job::ElementReader elements(source);
-    while (const auto element = elements.next()) {
-      const auto* const operation = std::get_if<job::Operator>(&*element);
-      if (operation != nullptr && operation->code == xl::op::EndPage) ++pages;
-    }
+    do {
+      job::ElementReader elements(source);
+      while (const auto element = elements.next()) {
+        const auto* const operation = std::get_if<job::Operator>(&*element);
+        if (operation != nullptr && operation->code == xl::op::EndPage) ++pages;
+      }
+    } while (source.nextJob());
   } catch (const std::runtime_error&) {  // a fault in the job: the printer has stopped there
   }
   return pages;

@@ -6,7 +6,7 @@
 
 namespace kesto::printer {
 
-/// The pages in the job up to its end, or to the first byte that is not part of a job; 0 when the file cannot be read.
+/// The pages of the jobs in a file, up to the first byte that is not part of a job; 0 when the file cannot be read.
 [[nodiscard]] std::uint32_t pagesIn(const std::string& file);
 
 }  // namespace kesto::printer
