@@ -112,6 +112,7 @@ TEST(Jobs, NeverTakeTheNameOfAFileThatIsThere) {
   const TemporaryFolder folder;
   const std::string kept = folder.write("job-0001.prn", "kept");
   std::filesystem::create_symlink("nowhere", folder.path() + "/job-0002.prn");
+  EXPECT_EQ(call({"usb", "-o", folder.path(), "--", "/bin/nothing"}).status, 127);  // and leaves no empty job
   for (const char* text : {"three", "four"}) {
     EXPECT_EQ(call({"usb", "-o", folder.path(), "--", "/bin/echo", text}).status, 0);
   }

@@ -29,13 +29,25 @@ Pipe openPipe() {
   return pipe;
 }
 
-Descriptor jobFile(const UsbJob& job) {
-  std::string name;
-  int number = std::max(job.number, 1);
-  Descriptor descriptor(makeJobFile(job.folder, number, name));
-  if (descriptor.get() < 0) failWith(name);
-  return descriptor;
-}
+/// A job's file, which goes again when nothing has come.
+class JobFile {
+ public:
+  explicit JobFile(const UsbJob& job) {
+    int number = std::max(job.number, 1);
+    descriptor_ = Descriptor(makeJobFile(job.folder, number, name_));
+    if (descriptor_.get() < 0) failWith(name_);
+  }
+  JobFile(const JobFile&) = delete;
+  JobFile& operator=(const JobFile&) = delete;
+  ~JobFile() {
+    if (lseek(descriptor_.get(), 0, SEEK_CUR) == 0) unlink(name_.c_str());
+  }
+  [[nodiscard]] int descriptor() const { return descriptor_.get(); }
+
+ private:
+  std::string name_;
+  Descriptor descriptor_;
+};
 
 /// Becomes the program, with its output on `output` and its back channel on `answers`, or reports `failure`. Only calls
 /// that are safe after a fork.
@@ -74,7 +86,7 @@ std::string decoded(std::string_view text) {
 }  // namespace
 
 int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, const UsbJob& job) {
-  const Descriptor file = jobFile(job);
+  const JobFile file(job);
   Pipe output = openPipe(), answers = openPipe();
   setenv("DEVICE_URI", "usb://Kesto/Page", 0);  // NOLINT(concurrency-mt-unsafe): one thread
   std::vector<char*> arguments;
@@ -88,7 +100,7 @@ int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, co
   output.writeEnd.close();
   answers.readEnd.close();
 
-  printer.run(output.readEnd.get(), file.get(), answers.writeEnd.get(), STDIN_FILENO, job.ended);
+  printer.run(output.readEnd.get(), file.descriptor(), answers.writeEnd.get(), STDIN_FILENO, job.ended);
   // A program that has closed its output may still be at work.
   bool told = false;
   int status = 0;
@@ -102,8 +114,8 @@ int printFilter(UsbPrinter& printer, const std::vector<std::string>& command, co
 void printBackend(UsbPrinter& printer, const std::string& file, const UsbJob& job) {
   const Descriptor data(file.empty() ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (data.get() < 0) failWith(file);
-  const Descriptor kept = jobFile(job);
-  printer.run(data.get(), kept.get(), BACK_CHANNEL, -1, job.ended);
+  const JobFile kept(job);
+  printer.run(data.get(), kept.descriptor(), BACK_CHANNEL, -1, job.ended);
 }
 
 std::vector<std::string> optionsOf(const std::string& uri) {

@@ -60,26 +60,24 @@ int UsbPrinter::sendDuePieces(int answers) {
   return std::clamp(static_cast<int>(wait.count()), 0, IDLE_MS);
 }
 
-std::uint64_t UsbPrinter::run(int data, int file, int answers, int commands, bool (*ended)()) {
+void UsbPrinter::run(int data, int file, int answers, int commands, bool (*ended)()) {
   std::array<std::uint8_t, 65536> buffer;
   PanelInput panelInput(commands);
-  std::uint64_t kept = 0;
   for (;;) {
     const int wait = sendDuePieces(answers);
     std::array<pollfd, 2> inputs = {{{data, POLLIN, 0}, {panelInput.descriptor(), POLLIN, 0}}};
     const int ready = poll(inputs.data(), inputs.size(), wait);
-    if (ended()) return kept;
+    if (ended()) return;
     if (ready <= 0) continue;
     if (inputs[1].revents != 0) panelInput.read(panel_);
     if (inputs[0].revents == 0) continue;
     const ssize_t got = read(data, buffer.data(), buffer.size());
     if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return kept;
+    if (got <= 0) return;
     const auto bytes = std::span(buffer).first(static_cast<std::size_t>(got));
     if (const int error = writeFully(file, bytes.data(), bytes.size()); error != 0) {
       throw std::system_error(error, std::generic_category(), "the job cannot be kept");
     }
-    kept += bytes.size();
     take(bytes);
   }
 }

@@ -38,9 +38,8 @@ class UsbPrinter {
   UsbPrinter(const StatusBehaviour& status, const UsbBehaviour& usb) : status_(status), usb_(usb) {}
 
   /// Reads print data from `data` until they end or `ended()`, keeps them in `file`, and writes answers to `answers`.
-  /// The panel's lines come from `commands`, -1 for none. Returns the bytes kept; throws std::system_error when they
-  /// cannot be.
-  std::uint64_t run(int data, int file, int answers, int commands, bool (*ended)());
+  /// The panel's lines come from `commands`, -1 for none. Throws std::system_error when they cannot be kept.
+  void run(int data, int file, int answers, int commands, bool (*ended)());
 
   [[nodiscard]] AlertPanel& panel() { return panel_; }
 
