@@ -154,14 +154,12 @@ TEST_F(Doctor, FindsNothingWrongWithAHealthyQueueAndLeavesNothing) {
   EXPECT_EQ(outcome.status, 0) << text;
   EXPECT_EQ(text.find("wrong"), std::string::npos) << text;
   EXPECT_EQ(text.find("skipped"), std::string::npos) << text;
-  constexpr char PPD_LINE[] = "ok      the queue's PPD is the driver's, version " KESTO_VERSION "\n";
-  for (const char* line :
-       {PPD_LINE, ":9100 accepts a connection\n", "ok      the printer answers status requests and reports no error\n",
-        "was printed", "ok      the filter makes a good job of a test page\n"}) {
-    std::string wanted = line;
-    if (wanted.starts_with(':')) wanted = "port 9100 of " + printer_->address() + wanted.substr(5);
-    EXPECT_NE(text.find(wanted), std::string::npos) << wanted << text;
-  }
+  const std::string lines[] = {"the queue's PPD is the driver's, version " KESTO_VERSION "\n",
+                               "port 9100 of " + printer_->address() + " accepts a connection\n",
+                               "the printer answers status requests and reports no error\n",
+                               "the filter makes a good job of a test page\n"};
+  for (const std::string& line : lines) EXPECT_NE(text.find("ok      " + line), std::string::npos) << line << text;
+  EXPECT_NE(text.find(", was printed"), std::string::npos) << text;
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), filesBefore);
 }
 
