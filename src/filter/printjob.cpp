@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -15,13 +16,13 @@
 
 #include "base/descriptor.h"
 #include "base/report.h"
-#include "base/thread.h"
 #include "filter/cancel.h"
 #include "filter/device.h"
 #include "filter/document/inputfile.h"
-#include "filter/document/pdfinspector-linux.h"
+#include "filter/document/pagesource.h"
+#include "filter/document/pdfdocument.h"
+#include "filter/document/rasterdocument.h"
 #include "filter/document/rasterstream.h"
-#include "filter/document/renderer.h"
 #include "filter/joberror.h"
 #include "filter/jobframe.h"
 #include "filter/jobstate.h"
@@ -70,25 +71,12 @@ InputFile findInput(int argc, char* argv[]) {
   return argc > FILE_NAME ? InputFile(argv[FILE_NAME]) : InputFile::copyOfStandardInput();
 }
 
-/// The thread that asks the PDF page source for the document's pages.
-class PdfInspection {
- public:
-  explicit PdfInspection(const std::string& pdf) : pdf_(pdf) {
-    const int error = thread_.start(process_pdf_thread, pdf_.data());
-    if (error != 0) failJobWithText("ERROR: Unable to ran process_pdf_thread!", error);
-  }
-  PdfInspection(const PdfInspection&) = delete;
-  PdfInspection& operator=(const PdfInspection&) = delete;
-  ~PdfInspection() {
-    join();
-    pdfDestroyPages(&pages);
-  }
-  void join() { thread_.join(); }
-
- private:
-  std::string pdf_;
-  Thread thread_;
-};
+std::unique_ptr<PageSource> openDocument(int argc, char* argv[], DocumentType type) {
+  if (type == DocumentType::RASTER)
+    return std::make_unique<RasterDocument>(argc > FILE_NAME ? argv[FILE_NAME] : nullptr);
+  const char* serverBin = environmentValue("CUPS_SERVERBIN");
+  return std::make_unique<PdfDocument>(findInput(argc, argv), serverBin != nullptr ? serverBin : "/usr/lib/cups", argv);
+}
 
 /// The job setting record, reached through `jobsetting` while it lives.
 class Settings {
@@ -121,13 +109,13 @@ struct ChannelGuard {
   ~ChannelGuard() { hdcAbandon(); }
 };
 
-/// Ends the renderer: once its raster is read to the end it gets a moment to end by itself, so that its status says how
-/// it went.
-void endRenderer(Renderer& renderer, bool leftEarly) {
+/// Ends whoever writes the raster: once it is read to the end the writer gets a moment to end by itself, so that its
+/// status says how it went.
+void endSource(PageSource& source, bool leftEarly) {
   if (isCancelled() || leftEarly) {
-    renderer.stop();
+    source.stop();
   } else {
-    renderer.finish();
+    source.finish();
   }
 }
 
@@ -155,29 +143,27 @@ void checkRaster(const RasterStream& raster) {
 }
 
 /// Logs one line when the document did not print completely, unless the job was cancelled or wanted only one page.
-void reportIncomplete(const InputFile& pdf, const Renderer& renderer, const RasterStream& raster,
-                      const PagesPrinted& printed) {
-  if (isCancelled() || printed.leftEarly || !renderer.started()) return;
-  const auto failure = renderer.failure();
+void reportIncomplete(const PageSource& source, const RasterStream& raster, const PagesPrinted& printed) {
+  if (isCancelled() || printed.leftEarly || !source.started()) return;
+  const auto failure = source.failure();
   const bool noPage = printed.count == 0;
   if (!raster.fault().empty()) {
     report("ERROR: Page %d is not printed: %s.\n", printed.count + 1, raster.fault().c_str());
-  } else if (noPage && access(pdf.name().c_str(), R_OK) != 0) {
-    reportErrno("ERROR: Unable to open the document", errno);
+  } else if (const int error = source.openError(); noPage && error != 0) {
+    reportErrno("ERROR: Unable to open the document", error);
   } else if (noPage) {
+    const std::string reason = failure ? std::string(": ") + source.name() + " " + *failure : "";
     report(
-        "ERROR: The document has no page that can be printed%s%s. It may be empty, damaged or protected: open it in a "
+        "ERROR: The document has no page that can be printed%s. It may be empty, damaged or protected: open it in a "
         "viewer to check.\n",
-        failure ? ": pdftoraster " : "", failure.value_or("").c_str());
+        reason.c_str());
   } else if (raster.endedEarly() || failure) {
-    report("ERROR: The document is incomplete: pdftoraster %s at page %d. Check it, then print from that page on.\n",
-           failure.value_or("ended early").c_str(), printed.count);
+    report("ERROR: The document is incomplete: %s %s at page %d. Check it, then print from that page on.\n",
+           source.name(), failure.value_or("ended early").c_str(), printed.count);
   }
 }
 
-}  // namespace
-
-int runJob(int argc, char* argv[]) {
+int runJob(int argc, char* argv[], DocumentType type) {
   installSignalHandlers();  // first, as a job may be cancelled as soon as it has begun
   const char* fileType = environmentValue("CUPS_FILETYPE");
   report("START MAIN\n");
@@ -191,15 +177,10 @@ int runJob(int argc, char* argv[]) {
   }
   reserveDescriptors();
 
-  const InputFile pdf = findInput(argc, argv);
-  PdfInspection inspection(pdf.name());
-  const char* serverBin = environmentValue("CUPS_SERVERBIN");
   uncollatedCopies_Prototype = decimalInteger(argv[COPIES]);
-  Renderer renderer(serverBin != nullptr ? serverBin : "/usr/lib/cups", argv, pdf.name());
-  inspection.join();
-
-  RasterStream raster(renderer);
-  const bool pageFollows = renderer.started() && raster.readHeader();
+  const std::unique_ptr<PageSource> source = openDocument(argc, argv, type);
+  RasterStream raster(*source);
+  const bool pageFollows = source->started() && raster.readHeader();
   checkRaster(raster);
   Settings settings(raster.header(), argv[OPTIONS]);
   OutputChannel output;
@@ -220,17 +201,29 @@ int runJob(int argc, char* argv[]) {
   loop.reset();
   settings.free();
   raster.close();
-  endRenderer(renderer, printed.leftEarly);
+  endSource(*source, printed.leftEarly);
   endSession();
   writePJLEndOfJob();
   output.finish();
   monitor.stop();
   imageThread.stop();
   checkRaster(raster);
-  reportIncomplete(pdf, renderer, raster, printed);
+  reportIncomplete(*source, raster, printed);
   report("END MAIN\n");
   report("IS terminated %d\n", isCancelled() ? 1 : 0);
   return 0;
+}
+
+}  // namespace
+
+int filterMain(int argc, char* argv[], DocumentType type) {
+  try {
+    return runJob(argc, argv, type);
+  } catch (const JobError& failure) {
+    return endFailedJob(failure);
+  } catch (const std::bad_alloc&) {
+    return endWithoutMemory();
+  }
 }
 
 }  // namespace kesto

@@ -62,7 +62,7 @@ std::string findFault(const cups_page_header2_t& header) {
 
 }  // namespace
 
-RasterStream::RasterStream(const Renderer& renderer) : renderer_(renderer), input_(INPUT_BYTES) {
+RasterStream::RasterStream(const PageSource& source) : source_(source), input_(INPUT_BYTES) {
   errno = 0;
   raster_ = cupsRasterOpenIO(readInput, this, CUPS_RASTER_READ);  // it reads the stream's first word at once
   if (raster_ == nullptr) noteShortage();
@@ -189,7 +189,7 @@ bool RasterStream::nothingMoreComes(milliseconds silence) {
     if (linesLeft_ == 0) return true;  // no page has begun
     return std::min(silence, timeSinceCancel()) >= CANCEL_SILENCE || timeSinceCancel() >= CANCEL_PAGE_TIME;
   }
-  return silence >= ORPHAN_SILENCE && renderer_.ended();
+  return silence >= ORPHAN_SILENCE && source_.ended();
 }
 
 }  // namespace kesto

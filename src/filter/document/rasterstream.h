@@ -1,4 +1,4 @@
-// The raster stream: the renderer's pages as they arrive on standard input, checked and brought into the job's form.
+// The raster stream: the pages as they arrive on standard input, checked and brought into the job's form.
 //
 // The header record belongs to the stream and keeps its address: the job setting record points at texts in it, which
 // change with every page. Nothing in a header is trusted: a header whose numbers do not fit together, or that describes
@@ -14,15 +14,15 @@
 
 #include <cups/raster.h>
 
+#include "filter/document/pagesource.h"
 #include "filter/document/pixelformat.h"
-#include "filter/document/renderer.h"
 
 namespace kesto {
 
 class RasterStream {
  public:
-  /// Opens the raster stream on standard input. `renderer` knows whether more can come.
-  explicit RasterStream(const Renderer& renderer);
+  /// Opens the raster stream on standard input. `source` knows whether more can come.
+  explicit RasterStream(const PageSource& source);
   RasterStream(const RasterStream&) = delete;
   RasterStream& operator=(const RasterStream&) = delete;
   ~RasterStream() { close(); }
@@ -67,7 +67,7 @@ class RasterStream {
   [[nodiscard]] bool readRasterLine(std::uint8_t* line);
   void noteShortage();
 
-  const Renderer& renderer_;
+  const PageSource& source_;
   cups_raster_t* raster_ = nullptr;
   cups_page_header2_t header_ = {};
   std::vector<std::uint8_t> input_;       ///< where reads of standard input go

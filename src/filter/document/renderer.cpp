@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -12,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
 #include "base/poll.h"
 #include "base/report.h"
 #include "filter/cancel.h"
@@ -49,14 +51,14 @@ constexpr int RASTER_PIPE_BYTES = 1024 * 1024;
 
 }  // namespace
 
-Renderer::Renderer(const char* serverBin) : program_(std::string(serverBin) + "/filter/pdftoraster") {
+Renderer::Renderer(const char* serverBin, std::string pdf)
+    : program_(std::string(serverBin) + "/filter/pdftoraster"), pdf_(std::move(pdf)) {
   constexpr std::size_t PROGRAM_LIMIT = 1024;
   if (program_.size() >= PROGRAM_LIMIT) program_.resize(PROGRAM_LIMIT - 1);
 }
 
-Renderer::Renderer(const char* serverBin, char* const argv[], const std::string& pdf) : Renderer(serverBin) {
-  std::string name = pdf;
-  std::array<char*, 8> arguments = {argv[0], argv[1], argv[2], argv[3], argv[4], argv[5], name.data(), nullptr};
+Renderer::Renderer(const char* serverBin, char* const argv[], const std::string& pdf) : Renderer(serverBin, pdf) {
+  std::array<char*, 8> arguments = {argv[0], argv[1], argv[2], argv[3], argv[4], argv[5], pdf_.data(), nullptr};
   start(arguments.data());
 }
 
@@ -108,10 +110,10 @@ bool Renderer::endsWithin(milliseconds time) const {
 
 void Renderer::finish() {
   std::ignore = pollUntil([this] { return ended() || isCancelled(); }, FINISH_TIME);
-  stop();
+  end();
 }
 
-void Renderer::stop() {
+void Renderer::end() {
   if (child_ < 0) return;
   const bool endedByItself = ended();
   if (!endedByItself) {
@@ -137,6 +139,10 @@ std::optional<std::string> Renderer::failure() const {
   }
   if (WEXITSTATUS(*end_) != 0) return "ended with status " + std::to_string(WEXITSTATUS(*end_));
   return std::nullopt;
+}
+
+int Renderer::openError() const {
+  return access(pdf_.c_str(), R_OK) == 0 ? 0 : errno;
 }
 
 }  // namespace kesto

@@ -11,11 +11,11 @@
 
 #include <sys/types.h>
 
-#include "base/descriptor.h"
+#include "filter/document/pagesource.h"
 
 namespace kesto {
 
-class Renderer {
+class Renderer : public PageSource {
  public:
   /// Starts "`serverBin`/filter/pdftoraster" with the program name and the five job arguments of `argv` and the PDF
   /// file's name, and makes its output this process's standard input. A script without an interpreter line is run by
@@ -24,34 +24,29 @@ class Renderer {
   Renderer(const char* serverBin, char* const argv[], const std::string& pdf);
   Renderer(const Renderer&) = delete;
   Renderer& operator=(const Renderer&) = delete;
-  ~Renderer() { stop(); }
+  ~Renderer() override { end(); }
 
-  /// True once the child has ended; looks without waiting.
-  [[nodiscard]] bool ended() const;
-
-  /// Gives the child a moment to end by itself after its raster has ended, then ends it; at once after SIGTERM.
-  void finish();
-
-  /// Ends the child and its process group at once, and reaps the child.
-  void stop();
-
-  /// How the child failed, in words for the log ("ended with status 1"); empty when it succeeded, is still running, or
-  /// was ended by this object.
-  [[nodiscard]] std::optional<std::string> failure() const;
-
-  /// True when a renderer runs or has run; otherwise the reason has been reported.
-  [[nodiscard]] bool started() const { return started_; }
+  [[nodiscard]] const char* name() const override { return "pdftoraster"; }
+  [[nodiscard]] bool started() const override { return started_; }
+  [[nodiscard]] bool ended() const override;
+  void finish() override;
+  /// Ends the child and its process group, and reaps the child.
+  void stop() override { end(); }
+  [[nodiscard]] std::optional<std::string> failure() const override;
+  [[nodiscard]] int openError() const override;
 
  private:
   /// A renderer that has not started. The public constructor delegates to it, so that a child already started is ended
   /// when a later step fails.
-  explicit Renderer(const char* serverBin);
+  Renderer(const char* serverBin, std::string pdf);
 
   void start(char* const arguments[]);
+  void end();
   void checkExec(int descriptor);
   [[nodiscard]] bool endsWithin(std::chrono::milliseconds time) const;
 
   std::string program_;
+  std::string pdf_;
   pid_t child_ = -1;        ///< -1 once reaped
   std::optional<int> end_;  ///< the child's wait status, when it ended by itself
   bool started_ = false;
