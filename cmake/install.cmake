@@ -1,11 +1,5 @@
 # Installing: the filter and the driver file go where CUPS looks for them. debian/ makes the package of it.
 
-find_program(CUPS_CONFIG cups-config REQUIRED)
-execute_process(COMMAND ${CUPS_CONFIG} --serverbin OUTPUT_VARIABLE CUPS_SERVERBIN
-                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${CUPS_CONFIG} --datadir OUTPUT_VARIABLE CUPS_DATADIR
-                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-
 # The spooler runs a filter only when nobody but its owner can write it.
 install(TARGETS pdftokesto DESTINATION ${CUPS_SERVERBIN}/filter
         PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)

@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "argumentlist.h"
 #include "base/descriptor.h"
 #include "base/poll.h"
 #include "kestodoctor/words.h"
@@ -27,6 +28,7 @@ namespace kesto::doctor {
 namespace {
 
 using std::chrono::milliseconds;
+using tools::pointersTo;
 
 /// A filter ends within 5 seconds after SIGTERM.
 constexpr milliseconds END_TIME{6000};
@@ -93,15 +95,6 @@ class Shades : public job::PageSink {
  private:
   std::uint8_t darkest_ = 255, lightest_ = 0;
 };
-
-/// Texts as a program takes them: pointers with a null behind them.
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
 
 class FilterRun {
  public:

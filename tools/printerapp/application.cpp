@@ -1,0 +1,212 @@
+#include "printerapp/application.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/poll.h"
+#include "printerapp/documents.h"
+#include "printerapp/driver.h"
+#include "printerapp/printerrecord.h"
+#include "printerapp/state.h"
+
+namespace kesto::app {
+namespace {
+
+constexpr char PROGRAM[] = "kesto-printer-app", TITLE[] = "Kesto Printer Application";
+constexpr int PORT = 8631;
+
+/// The name under which PAM looks for the rules of the web page.
+constexpr char AUTHENTICATION_SERVICE[] = "kesto-printer-app";
+
+struct Level {
+  std::string_view name;
+  pappl_loglevel_t level;
+};
+constexpr Level LEVELS[] = {{"fatal", PAPPL_LOGLEVEL_FATAL},
+                            {"error", PAPPL_LOGLEVEL_ERROR},
+                            {"warn", PAPPL_LOGLEVEL_WARN},
+                            {"info", PAPPL_LOGLEVEL_INFO},
+                            {"debug", PAPPL_LOGLEVEL_DEBUG}};
+
+/// The options behind -o.
+class Options {
+ public:
+  Options(int count, cups_option_t* options) : count_(count), options_(options) {}
+  [[nodiscard]] const char* get(const char* name) const { return cupsGetOption(name, count_, options_); }
+  [[nodiscard]] std::string get(const char* name, const std::string& otherwise) const {
+    const char* const value = get(name);
+    return value != nullptr ? value : otherwise;
+  }
+
+ private:
+  int count_;
+  cups_option_t* options_;
+};
+
+std::string defaultSpool() {
+  if (geteuid() == 0) return std::string("/var/spool/") + PROGRAM;
+  const char *const data = std::getenv("XDG_STATE_HOME"), *const home = std::getenv("HOME");
+  if (data != nullptr && *data == '/') return std::string(data) + "/" + PROGRAM;
+  return std::string(home != nullptr ? home : "/tmp") + "/." + PROGRAM;
+}
+
+bool isLoopback(std::string_view host) {
+  return host == "localhost" || host.starts_with("127.") || host == "[::1]" || host.starts_with('/');
+}
+
+pappl_system_t* fail(const std::string& reason) {
+  std::fprintf(stderr, "%s: %s\n", PROGRAM, reason.c_str());
+  return nullptr;
+}
+
+/// A job that is ready for the printer begins as the filter's jobs do.
+const char* recognise(const unsigned char* header, std::size_t size, void*) {
+  constexpr std::string_view START = "\x1B%-12345X@PJL";
+  return size >= START.size() && std::memcmp(header, START.data(), START.size()) == 0 ? PRINTER_FORMAT : nullptr;
+}
+
+void printerMade(pappl_printer_t* printer, void*) {
+  recordOf(printer).printer.store(printer, std::memory_order_release);
+}
+
+/// Waits until nobody looks at the printer any more.
+void printerGoes(pappl_printer_t*, pappl_pr_driver_data_t* data) {
+  auto& record = *static_cast<PrinterRecord*>(data->extension);
+  const Turn turn(record, [] { return false; });
+  record.printer.store(nullptr, std::memory_order_release);
+}
+
+/// The strings of one language in the form that PAPPL loads.
+std::string stringsOf(const Texts& texts) {
+  std::string strings;
+  const auto quote = [&](std::string_view text) {
+    strings += '"';
+    for (const char c : text) {
+      if (c == '"' || c == '\\') strings += '\\';
+      strings += c;
+    }
+    strings += '"';
+  };
+  for (const auto& [name, text] : texts.texts) {
+    quote(name);
+    strings += " = ";
+    quote(text);
+    strings += ";\n";
+  }
+  return strings;
+}
+
+/// The printer's own options with their texts, for the web page. PAPPL keeps pointers.
+void addTexts(pappl_system_t* system, const Catalogue& catalogue) {
+  static std::vector<std::string> kept;
+  for (const Texts& texts : catalogue.texts) kept.push_back(stringsOf(texts));
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    const std::string& language = catalogue.texts[i].language;
+    papplSystemAddStringsData(system, ("/" + language + ".strings").c_str(), language.c_str(), kept[i].c_str());
+  }
+}
+
+pappl_version_t version() {
+  pappl_version_t version = {};
+  std::snprintf(version.name, sizeof version.name, "%s", TITLE);
+  std::snprintf(version.sversion, sizeof version.sversion, "%s", KESTO_VERSION);
+  std::sscanf(KESTO_VERSION, "%hu.%hu.%hu", &version.version[0], &version.version[1], &version.version[2]);
+  return version;
+}
+
+}  // namespace
+
+std::span<pappl_pr_driver_t> driverList(const Setup& setup) {
+  static pappl_pr_driver_t driver = {.name = DRIVER_NAME,
+                                     .description = setup.catalogue.model.c_str(),
+                                     .device_id = setup.catalogue.deviceId.c_str(),
+                                     .extension = nullptr};
+  return {&driver, 1};
+}
+
+const char* chooseDriver(const char*, const char*, const char* deviceId, void* data) {
+  const auto& setup = *static_cast<const Setup*>(data);
+  if (deviceId == nullptr) return nullptr;
+  cups_option_t *ours = nullptr, *theirs = nullptr;
+  const int ourCount = papplDeviceParseID(setup.catalogue.deviceId.c_str(), &ours);
+  const int theirCount = papplDeviceParseID(deviceId, &theirs);
+  const auto same = [&](const char* key) {
+    const char *const a = cupsGetOption(key, ourCount, ours), *const b = cupsGetOption(key, theirCount, theirs);
+    return a != nullptr && b != nullptr && std::string_view(a) == b;
+  };
+  const bool found = same("MFG") && same("MDL");
+  cupsFreeOptions(ourCount, ours);
+  cupsFreeOptions(theirCount, theirs);
+  return found ? DRIVER_NAME : nullptr;
+}
+
+bool describeDriver(pappl_system_t*, const char*, const char*, const char*, pappl_pr_driver_data_t* driverData,
+                    ipp_t** attributes, void* data) {
+  const auto& setup = *static_cast<const Setup*>(data);
+  describePrinter(setup.catalogue, *driverData);
+  setPrintingCallbacks(setup, *driverData);
+  driverData->extension = &addRecord();
+  driverData->delete_cb = printerGoes;
+  *attributes = vendorAttributes(setup.catalogue);
+  return true;
+}
+
+pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* data) {
+  auto& setup = *static_cast<Setup*>(data);
+  const Options options(optionCount, optionList);
+  const std::string portText = options.get("server-port", std::to_string(PORT)),
+                    level = options.get("log-level", "info");
+  int port = 0;
+  const auto parsed = std::from_chars(portText.data(), portText.data() + portText.size(), port);
+  if (parsed.ec != std::errc() || *parsed.ptr != '\0' || port < 1 || port > 65535) {
+    return fail("server-port takes a number from 1 to 65535, not '" + portText + "'");
+  }
+  const auto* const found = std::ranges::find(LEVELS, level, &Level::name);
+  if (found == std::end(LEVELS)) return fail("log-level takes fatal, error, warn, info or debug, not '" + level + "'");
+
+  setup.spool = options.get("spool-directory", defaultSpool());
+  if (mkdir(setup.spool.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+    return fail(setup.spool + ": " + std::strerror(errno));
+  }
+  // Whoever listens to others asks them who they are before they may change anything.
+  const std::string host = options.get("listen-hostname", "localhost");
+  const bool open = !isLoopback(host);
+  const std::string authentication = options.get("auth-service", open ? AUTHENTICATION_SERVICE : "none");
+  if (open && authentication == "none") {
+    return fail("without an auth-service only this machine may be listened to, not '" + host + "'");
+  }
+  pappl_system_t* const system =
+      papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | PAPPL_SOPTIONS_WEB_INTERFACE |
+                            (open ? PAPPL_SOPTIONS_WEB_REMOTE | PAPPL_SOPTIONS_WEB_TLS : 0),
+                        TITLE, port, "_print,_universal", setup.spool.c_str(), options.get("log-file", "-").c_str(),
+                        found->level, authentication.c_str(), false);
+  if (system == nullptr) return fail("the system cannot be made");
+  if (const char* const group = options.get("admin-group")) papplSystemSetAdminGroup(system, group);
+  if (const char* const name = options.get("server-hostname")) papplSystemSetHostName(system, name);
+  if (options.get("private-server") == nullptr && !papplSystemAddListeners(system, host.c_str())) {
+    papplSystemDelete(system);
+    return fail("'" + host + "' port " + portText + " cannot be listened to");
+  }
+  pappl_version_t numbers = version();
+  papplSystemSetVersions(system, 1, &numbers);
+  papplSystemSetMIMECallback(system, recognise, nullptr);
+  papplSystemAddMIMEFilter(system, "application/pdf", PRINTER_FORMAT, printPdf, &setup);
+  addTexts(system, setup.catalogue);
+  const auto drivers = driverList(setup);
+  papplSystemSetPrinterDrivers(system, static_cast<int>(drivers.size()), drivers.data(), chooseDriver, printerMade,
+                               describeDriver, &setup);
+  restoreState(system, setup.spool);
+  return system;
+}
+
+}  // namespace kesto::app

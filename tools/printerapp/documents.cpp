@@ -1,0 +1,202 @@
+#include "printerapp/documents.h"
+
+#include <cerrno>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include "printerapp/driver.h"
+#include "printerapp/jobticket.h"
+#include "printerapp/rasterspool.h"
+
+namespace kesto::app {
+namespace {
+
+constexpr char PDF_TYPE[] = "application/pdf", RASTER_TYPE[] = "application/vnd.cups-raster";
+constexpr unsigned DRAFT_RESOLUTION = 300, NORMAL_RESOLUTION = 600;
+constexpr unsigned MARGIN_POINTS = 12, POINTS_PER_INCH = 72;
+constexpr unsigned COLOUR_BITS = 24, GREY_BITS = 8;
+
+using PrintOptions = std::unique_ptr<pappl_pr_options_t, decltype(&papplJobDeletePrintOptions)>;
+
+const Setup* theSetup = nullptr;  // PAPPL gives its raster callbacks no data of ours; set before the system runs
+
+/// The raster of one job, and why it cannot be printed.
+struct RasterJob {
+  RasterSpool spool;
+  PageForm form;  ///< of the first page
+  std::string options;
+  std::string fault;
+  pappl_jreason_t reason = PAPPL_JREASON_NONE;
+
+  explicit RasterJob(const std::string& folder) : spool(folder) {}
+};
+
+bool refuse(pappl_job_t* job, const std::string& why, pappl_jreason_t reason) {
+  papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s", why.c_str());
+  papplJobSetMessage(job, "%s", why.c_str());
+  papplJobSetReasons(job, reason, PAPPL_JREASON_NONE);
+  return false;
+}
+
+RasterJob* rasterOf(pappl_job_t* job) {
+  return static_cast<RasterJob*>(papplJobGetData(job));
+}
+
+/// True for the pages that a client draws itself; PAPPL draws those of images, and draws them once for each copy.
+bool isDrawnByClient(pappl_job_t* job) {
+  const std::string_view format = papplJobGetFormat(job);
+  return format == "image/pwg-raster" || format == "image/urf";
+}
+
+/// The form of a sheet, by its own pixels.
+PageForm sheetForm(const pappl_pr_options_t& options) {
+  const cups_page_header2_t& sheet = options.header;
+  constexpr unsigned HUNDREDTHS_PER_INCH = 2540;
+  const unsigned resolution = sheet.HWResolution[0];
+  PageForm form = formOf(options);
+  form.draft = resolution == DRAFT_RESOLUTION;
+  form.colour = sheet.cupsBitsPerPixel == COLOUR_BITS;
+  form.width = static_cast<int>(std::uint64_t{sheet.cupsWidth} * HUNDREDTHS_PER_INCH / resolution);
+  form.length = static_cast<int>(std::uint64_t{sheet.cupsHeight} * HUNDREDTHS_PER_INCH / resolution);
+  return form;
+}
+
+/// Why a sheet cannot be printed; empty when it can.
+std::string sheetFault(const cups_page_header2_t& sheet) {
+  const unsigned resolution = sheet.HWResolution[0];
+  if (resolution != sheet.HWResolution[1] || (resolution != DRAFT_RESOLUTION && resolution != NORMAL_RESOLUTION)) {
+    return "Pages of " + std::to_string(resolution) + " x " + std::to_string(sheet.HWResolution[1]) +
+           " dpi cannot be printed.";
+  }
+  const bool colour = sheet.cupsColorSpace == CUPS_CSPACE_SRGB && sheet.cupsBitsPerPixel == COLOUR_BITS;
+  const bool grey = sheet.cupsColorSpace == CUPS_CSPACE_SW && sheet.cupsBitsPerPixel == GREY_BITS;
+  if (!colour && !grey) return "Pages are printed in sRGB or in grey of 8 bits only.";
+  if (sheet.cupsBytesPerLine != std::uint64_t{sheet.cupsWidth} * sheet.cupsBitsPerPixel / 8) {
+    return "The raster's lines do not fit its width.";
+  }
+  return "";
+}
+
+bool startRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
+  try {
+    papplJobSetData(job, new RasterJob(theSetup->spool));
+    return true;
+  } catch (const std::exception& error) {
+    return refuse(job, std::string("The pages cannot be kept: ") + error.what(), PAPPL_JREASON_ERRORS_DETECTED);
+  }
+}
+
+/// Begins a page as the first one determines: what the printer is told stands at the start of its job.
+bool startRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, unsigned) {
+  RasterJob& raster = *rasterOf(job);
+  if (!isDrawnByClient(job) && raster.spool.pages() > 0) return true;  // another copy
+  const cups_page_header2_t& sheet = options->header;
+  raster.fault = sheetFault(sheet);
+  raster.reason = PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR;
+  if (!raster.fault.empty()) return false;
+  const PageForm form = sheetForm(*options);
+  if (raster.spool.pages() == 0) raster.form = form;
+  if (form.draft != raster.form.draft || form.colour != raster.form.colour) {
+    raster.fault = "The pages of a job have one resolution and one kind of colour.";
+    return false;
+  }
+  try {
+    raster.options = driverOptions(theSetup->catalogue, *options, raster.form);
+    const Paper* const paper = theSetup->catalogue.find(raster.form.width, raster.form.length, raster.form.borderless);
+    const bool bordered = paper == nullptr || !paper->borderless;
+    const unsigned margin = bordered ? MARGIN_POINTS * sheet.HWResolution[0] / POINTS_PER_INCH : 0;
+    raster.spool.beginPage(pageHeader(theSetup->catalogue, raster.options), margin, sheet.cupsHeight,
+                           sheet.cupsBytesPerLine);
+  } catch (const std::exception& error) {
+    raster.fault = error.what();
+    return false;
+  }
+  return true;
+}
+
+bool writeRasterLine(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned y, const unsigned char* line) {
+  RasterSpool& spool = rasterOf(job)->spool;
+  // The copies of an image are made by the filter.
+  if (isDrawnByClient(job) || spool.pages() == 0) spool.writeLine(y, line);
+  return spool.error() == 0;
+}
+
+bool endRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned page) {
+  RasterJob& raster = *rasterOf(job);
+  if (!isDrawnByClient(job) && raster.spool.pages() > 0) return true;
+  const bool whole = raster.spool.endPage();
+  if (raster.spool.error() != 0) {
+    raster.fault = "The pages cannot be kept: " + std::generic_category().message(raster.spool.error());
+    raster.reason = PAPPL_JREASON_ERRORS_DETECTED;
+  } else if (!whole && !papplJobIsCanceled(job)) {
+    raster.fault = "The raster ends within page " + std::to_string(page) + ".";
+    raster.reason = PAPPL_JREASON_DOCUMENT_FORMAT_ERROR;
+  }
+  return raster.fault.empty();
+}
+
+bool endRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
+  const std::unique_ptr<RasterJob> raster(rasterOf(job));
+  papplJobSetData(job, nullptr);
+  if (!raster || papplJobIsCanceled(job)) return true;
+  if (!raster->fault.empty()) return refuse(job, raster->fault, raster->reason);
+  if (raster->spool.pages() == 0) {
+    return refuse(job, "The raster has no page.", PAPPL_JREASON_DOCUMENT_FORMAT_ERROR);
+  }
+  const bool collated = isCollated(job) && raster->spool.pages() > 1;
+  const bool twoSided = options->sides != PAPPL_SIDES_ONE_SIDED;
+  // Each copy of a two-sided document begins on a sheet of its own.
+  if (collated && options->copies > 1 && twoSided && raster->spool.pages() % 2 != 0) raster->spool.addBlankPage();
+  const FilterCall call = {
+      .commands = {filterCommand(*theSetup, "rastertokesto", job, collated ? 1 : options->copies, raster->options)},
+      .environment = filterEnvironment(*theSetup, job, RASTER_TYPE),
+      .input = raster->spool.descriptor(),
+      .extents = raster->spool.extents(collated ? options->copies : 1)};
+  return printJob(job, device, call, Pages::COUNTED_BY_PAPPL);
+}
+
+/// Passes a job on that is ready for the printer.
+bool printReadyJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t* device) {
+  const FilterCall call = {.commands = {{.program = "/bin/cat", .arguments = {"cat", papplJobGetFilename(job)}}},
+                           .environment = {},
+                           .extents = {},
+                           .ready = true};
+  return printJob(job, device, call, Pages::COUNTED_BY_PAPPL);
+}
+
+const char* testPage(pappl_printer_t*, char* buffer, std::size_t size) {
+  papplCopyString(buffer, theSetup->testPage.c_str(), size);
+  return buffer;
+}
+
+}  // namespace
+
+bool printPdf(pappl_job_t* job, pappl_device_t* device, void* data) {
+  const Setup& setup = *static_cast<const Setup*>(data);
+  const PrintOptions options(papplJobCreatePrintOptions(job, 0, true), papplJobDeletePrintOptions);
+  if (!options) return refuse(job, "The system has no memory left.", PAPPL_JREASON_ERRORS_DETECTED);
+  const std::string ticket =
+      driverOptions(setup.catalogue, *options, formOf(*options)) + ' ' + documentOptions(job, *options);
+  Command pdfFilter = filterCommand(setup, "pdftopdf", job, options->copies, ticket);
+  pdfFilter.arguments.emplace_back(papplJobGetFilename(job));
+  const FilterCall call = {.commands = {pdfFilter, filterCommand(setup, "pdftokesto", job, options->copies, ticket)},
+                           .environment = filterEnvironment(setup, job, PDF_TYPE),
+                           .extents = {}};
+  return printJob(job, device, call, Pages::COUNTED_HERE);
+}
+
+void setPrintingCallbacks(const Setup& setup, pappl_pr_driver_data_t& data) {
+  theSetup = &setup;
+  data.printfile_cb = printReadyJob;
+  data.rstartjob_cb = startRasterJob;
+  data.rstartpage_cb = startRasterPage;
+  data.rwriteline_cb = writeRasterLine;
+  data.rendpage_cb = endRasterPage;
+  data.rendjob_cb = endRasterJob;
+  data.testpage_cb = testPage;
+}
+
+}  // namespace kesto::app

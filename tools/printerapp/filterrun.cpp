@@ -1,0 +1,187 @@
+#include "printerapp/filterrun.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/sendfile.h>
+
+namespace kesto::app {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+/// How much is read of a job before the printer has taken it.
+constexpr std::size_t OUTPUT_BYTES = std::size_t{256} * 1024;
+
+/// How often a job is looked after that nothing else wakes up.
+constexpr milliseconds LOOK{100};
+
+/// A filter ends within 5 seconds after SIGTERM. The output of a cancelled job is for the printer as long, so that it
+/// is not left in the middle of an image, and is thrown away then.
+constexpr milliseconds CANCEL_TIME{6000}, KILL_TIME{8000};
+
+/// A process that has lost its reader ends at once.
+constexpr milliseconds ORPHAN_TIME{1000};
+
+void makeNonBlocking(int descriptor) {
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+}
+
+Pipe makePipe() {
+  Pipe pipe;
+  if (const int error = pipe.open(); error != 0) throw std::system_error(error, std::generic_category(), "a pipe");
+  return pipe;
+}
+
+}  // namespace
+
+FilterRun::~FilterRun() {
+  end();
+}
+
+RunResult FilterRun::run(PrinterLine& line, JobObserver& observer) {
+  try {
+    start();
+    const RunResult result = pump(line, observer);
+    if (result != RunResult::DONE) end();
+    return result;
+  } catch (const std::system_error& error) {
+    remark_ = std::string("the filter cannot be started: ") + error.what();
+    return RunResult::FAILED;
+  }
+}
+
+void FilterRun::start() {
+  Pipe log = makePipe();
+  Descriptor from(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  if (call_.input >= 0) {
+    Pipe input = makePipe();
+    from = std::move(input.readEnd);
+    input_ = std::move(input.writeEnd);
+    makeNonBlocking(input_.get());
+    position_ = call_.extents.front().begin;
+  }
+  for (const Command& command : call_.commands) {
+    Pipe output = makePipe();
+    children_.emplace_back(command, call_.environment, from.get(), output.writeEnd.get(), log.writeEnd.get());
+    from = std::move(output.readEnd);
+  }
+  output_ = std::move(from);
+  log_ = std::move(log.readEnd);
+  makeNonBlocking(output_.get());
+  makeNonBlocking(log_.get());
+}
+
+RunResult FilterRun::pump(PrinterLine& line, JobObserver& observer) {
+  const auto report = [&](const std::string& text) { observer.message(text); };
+  while (!isOver()) {
+    waitForSomething(line);
+    const bool ended = children_.back().hasEnded();  // then its messages are all there
+    messages_.read(log_.get(), report);
+    if (ended && !maySend()) bytes_.clear();
+    followCancel(observer);
+    feed();
+    readOutput();
+    if (!deliver(line)) return RunResult::LINE_LOST;
+  }
+  messages_.read(log_.get(), report);
+  return judge(line, observer);
+}
+
+/// Sleeps until a descriptor has something for us. The printer's counts only while bytes wait for it.
+void FilterRun::waitForSomething(const PrinterLine& line) const {
+  std::array<pollfd, 4> entries = {};
+  nfds_t count = 0;
+  const auto add = [&](int descriptor, short events) {
+    if (descriptor >= 0) entries.at(count++) = {.fd = descriptor, .events = events, .revents = 0};
+  };
+  if (!messages_.ended()) add(log_.get(), POLLIN);
+  add(input_.get(), POLLOUT);
+  if (bytes_.empty()) {
+    add(output_.get(), POLLIN);
+  } else if (maySend()) {
+    if (line.descriptor() < 0) return;
+    add(line.descriptor(), POLLOUT);
+  }
+  poll(entries.data(), count, static_cast<int>(LOOK.count()));
+}
+
+/// Gives the filter as much of its raster as it takes.
+void FilterRun::feed() {
+  while (input_.get() >= 0) {
+    if (position_ == call_.extents[extent_].end) {
+      if (++extent_ == call_.extents.size()) return input_.close();
+      position_ = call_.extents[extent_].begin;
+    }
+    const auto count = static_cast<std::size_t>(call_.extents[extent_].end - position_);
+    const ssize_t sent = sendfile(input_.get(), call_.input, &position_, count);
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent < 0 && errno == EAGAIN) return;
+    if (sent <= 0) return input_.close();  // the filter takes no more; what it makes of that, it says itself
+  }
+}
+
+void FilterRun::readOutput() {
+  if (!bytes_.empty() || output_.get() < 0) return;
+  bytes_.resize(OUTPUT_BYTES);
+  const ssize_t got = read(output_.get(), bytes_.data(), bytes_.size());
+  const bool more = got > 0 || (got < 0 && (errno == EAGAIN || errno == EINTR));
+  bytes_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+  if (!more) output_.close();
+}
+
+/// Hands over what the printer takes. False when it is gone.
+bool FilterRun::deliver(PrinterLine& line) {
+  if (cancelled_ && Clock::now() - cancelTime_ > CANCEL_TIME) bytes_.clear();
+  if (bytes_.empty() || !maySend()) return true;
+  const ssize_t taken = line.write(bytes_);
+  if (taken < 0) return false;
+  bytes_.erase(bytes_.begin(), bytes_.begin() + taken);
+  return true;
+}
+
+/// Ends the filters of a cancelled job as the spooler would: it asks them to, and they close the job in order.
+void FilterRun::followCancel(const JobObserver& observer) {
+  if (!cancelled_ && observer.isCancelled()) {
+    cancelled_ = true;
+    cancelTime_ = Clock::now();
+    for (ChildProcess& child : children_) child.signal(SIGTERM);
+  }
+  if (cancelled_ && Clock::now() - cancelTime_ > KILL_TIME) {
+    for (ChildProcess& child : children_) child.signal(SIGKILL);
+  }
+}
+
+/// True when the last filter has ended and nothing is left of its output that goes to the printer.
+bool FilterRun::isOver() {
+  return output_.get() < 0 && children_.back().hasEnded() && bytes_.empty();
+}
+
+RunResult FilterRun::judge(PrinterLine& line, const JobObserver& observer) {
+  const auto cancelled = [&] { return observer.isCancelled(); };
+  if (maySend() && !line.finish(cancelled) && !cancelled()) return RunResult::LINE_LOST;
+  if (cancelled_ || cancelled()) return RunResult::CANCELLED;
+  remark_ = messages_.error();
+  bool failed = !maySend();
+  for (ChildProcess& child : children_) {
+    const std::string failure = child.failure();
+    if (failure.empty()) continue;
+    failed = true;
+    if (remark_.empty()) remark_ = "the filter " + failure;
+  }
+  return failed ? RunResult::FAILED : RunResult::DONE;
+}
+
+void FilterRun::end() {
+  output_.close();
+  input_.close();
+  for (ChildProcess& child : children_) child.end(ORPHAN_TIME);
+}
+
+}  // namespace kesto::app
