@@ -4,6 +4,7 @@
 
 #include "base/poll.h"
 #include "printerapp/driver.h"
+#include "printerapp/joborder.h"
 #include "printerapp/numericaddress.h"
 #include "printerapp/printing.h"
 #include "statusquery.h"
@@ -11,7 +12,8 @@
 namespace kesto::app {
 namespace {
 
-constexpr std::chrono::milliseconds PAUSE{10000};
+constexpr std::chrono::milliseconds ROUND_TIME{1000};
+constexpr int ROUNDS_BETWEEN_QUESTIONS = 10;
 
 /// The text of all alerts. Warnings alone say nothing, as in a queue.
 std::string alertsOf(const tools::PrinterStatus& status) {
@@ -38,9 +40,19 @@ AlertWatch::~AlertWatch() {
 
 void AlertWatch::watch() {
   const auto stopped = [this] { return stopped_.load(std::memory_order_acquire); };
-  while (!pollUntil(stopped, PAUSE)) {
-    for (PrinterRecord* record = newestRecord(); record != nullptr && !stopped(); record = record->next) ask(*record);
+  for (int round = 1; !pollUntil(stopped, ROUND_TIME); ++round) {
+    for (PrinterRecord* record = newestRecord(); record != nullptr && !stopped(); record = record->next) {
+      releaseIdle(*record);
+      if (round % ROUNDS_BETWEEN_QUESTIONS == 0) ask(*record);
+    }
   }
+}
+
+/// Lets jobs go on that wait for a job which has ended before it began, cancelled or not to be read.
+void AlertWatch::releaseIdle(PrinterRecord& record) {
+  const Turn turn(record, [] { return true; });
+  pappl_printer_t* const printer = record.printer.load(std::memory_order_acquire);
+  if (turn.isTaken() && printer != nullptr && papplPrinterGetState(printer) == IPP_PSTATE_IDLE) releaseWaiting(printer);
 }
 
 /// Asks without having the turn, so that a job which comes meanwhile need not wait for the answer.

@@ -1,4 +1,5 @@
-// The printers' alerts between jobs: a thread that asks each network printer which is not printing, now and then.
+// The watch over the printers between jobs: a thread that asks each network printer which is not printing for its
+// alerts, now and then, and lets no job wait for nothing.
 //
 // While a printer prints, the job's filter asks it.
 #pragma once
@@ -24,6 +25,7 @@ class AlertWatch {
 
  private:
   void watch();
+  static void releaseIdle(PrinterRecord& record);
   void ask(PrinterRecord& record);
   void show(PrinterRecord& record, const std::string& alerts);
 

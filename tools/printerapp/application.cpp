@@ -179,7 +179,7 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
     return fail(setup.spool + ": " + std::strerror(errno));
   }
   // Whoever listens to others asks them who they are before they may change anything.
-  const std::string host = options.get("listen-hostname", "localhost");
+  const std::string host = options.get("listen-hostname", "127.0.0.1");
   const bool open = !isLoopback(host);
   const std::string authentication = options.get("auth-service", open ? AUTHENTICATION_SERVICE : "none");
   if (open && authentication == "none") {

@@ -1,7 +1,6 @@
 #include "printerapp/filterrun.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -58,7 +57,6 @@ RunResult FilterRun::run(PrinterLine& line, JobObserver& observer) {
 }
 
 void FilterRun::start() {
-  Pipe log = makePipe();
   Descriptor from(open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (call_.input >= 0) {
     Pipe input = makePipe();
@@ -68,40 +66,48 @@ void FilterRun::start() {
     position_ = call_.extents.front().begin;
   }
   for (const Command& command : call_.commands) {
-    Pipe output = makePipe();
-    children_.emplace_back(command, call_.environment, from.get(), output.writeEnd.get(), log.writeEnd.get());
+    Pipe output = makePipe(), log = makePipe();
+    ChildProcess process(command, call_.environment, from.get(), output.writeEnd.get(), log.writeEnd.get());
+    makeNonBlocking(log.readEnd.get());
+    stages_.push_back({std::move(process), std::move(log.readEnd), {}});
     from = std::move(output.readEnd);
   }
   output_ = std::move(from);
-  log_ = std::move(log.readEnd);
   makeNonBlocking(output_.get());
-  makeNonBlocking(log_.get());
 }
 
 RunResult FilterRun::pump(PrinterLine& line, JobObserver& observer) {
-  const auto report = [&](const std::string& text) { observer.message(text); };
   while (!isOver()) {
     waitForSomething(line);
-    const bool ended = children_.back().hasEnded();  // then its messages are all there
-    messages_.read(log_.get(), report);
+    const bool ended = stages_.back().process.hasEnded();  // then its messages are all there
+    readMessages(observer);
     if (ended && !maySend()) bytes_.clear();
     followCancel(observer);
     feed();
     readOutput();
     if (!deliver(line)) return RunResult::LINE_LOST;
   }
-  messages_.read(log_.get(), report);
+  readMessages(observer);
   return judge(line, observer);
+}
+
+void FilterRun::readMessages(JobObserver& observer) {
+  for (Stage& stage : stages_) {
+    const bool last = &stage == &stages_.back();
+    stage.messages.read(stage.log.get(),
+                        [&](const std::string& text) { last ? observer.message(text) : observer.preparation(text); });
+  }
 }
 
 /// Sleeps until a descriptor has something for us. The printer's counts only while bytes wait for it.
 void FilterRun::waitForSomething(const PrinterLine& line) const {
-  std::array<pollfd, 4> entries = {};
-  nfds_t count = 0;
+  std::vector<pollfd> entries;
   const auto add = [&](int descriptor, short events) {
-    if (descriptor >= 0) entries.at(count++) = {.fd = descriptor, .events = events, .revents = 0};
+    if (descriptor >= 0) entries.push_back({.fd = descriptor, .events = events, .revents = 0});
   };
-  if (!messages_.ended()) add(log_.get(), POLLIN);
+  for (const Stage& stage : stages_) {
+    if (!stage.messages.ended()) add(stage.log.get(), POLLIN);
+  }
   add(input_.get(), POLLOUT);
   if (bytes_.empty()) {
     add(output_.get(), POLLIN);
@@ -109,7 +115,7 @@ void FilterRun::waitForSomething(const PrinterLine& line) const {
     if (line.descriptor() < 0) return;
     add(line.descriptor(), POLLOUT);
   }
-  poll(entries.data(), count, static_cast<int>(LOOK.count()));
+  poll(entries.data(), entries.size(), static_cast<int>(LOOK.count()));
 }
 
 /// Gives the filter as much of its raster as it takes.
@@ -151,26 +157,26 @@ void FilterRun::followCancel(const JobObserver& observer) {
   if (!cancelled_ && observer.isCancelled()) {
     cancelled_ = true;
     cancelTime_ = Clock::now();
-    for (ChildProcess& child : children_) child.signal(SIGTERM);
+    for (Stage& stage : stages_) stage.process.signal(SIGTERM);
   }
   if (cancelled_ && Clock::now() - cancelTime_ > KILL_TIME) {
-    for (ChildProcess& child : children_) child.signal(SIGKILL);
+    for (Stage& stage : stages_) stage.process.signal(SIGKILL);
   }
 }
 
 /// True when the last filter has ended and nothing is left of its output that goes to the printer.
 bool FilterRun::isOver() {
-  return output_.get() < 0 && children_.back().hasEnded() && bytes_.empty();
+  return output_.get() < 0 && stages_.back().process.hasEnded() && bytes_.empty();
 }
 
 RunResult FilterRun::judge(PrinterLine& line, const JobObserver& observer) {
   const auto cancelled = [&] { return observer.isCancelled(); };
   if (maySend() && !line.finish(cancelled) && !cancelled()) return RunResult::LINE_LOST;
   if (cancelled_ || cancelled()) return RunResult::CANCELLED;
-  remark_ = messages_.error();
+  remark_ = stages_.back().messages.error();
   bool failed = !maySend();
-  for (ChildProcess& child : children_) {
-    const std::string failure = child.failure();
+  for (Stage& stage : stages_) {
+    const std::string failure = stage.process.failure();
     if (failure.empty()) continue;
     failed = true;
     if (remark_.empty()) remark_ = "the filter " + failure;
@@ -181,7 +187,7 @@ RunResult FilterRun::judge(PrinterLine& line, const JobObserver& observer) {
 void FilterRun::end() {
   output_.close();
   input_.close();
-  for (ChildProcess& child : children_) child.end(ORPHAN_TIME);
+  for (Stage& stage : stages_) stage.process.end(ORPHAN_TIME);
 }
 
 }  // namespace kesto::app

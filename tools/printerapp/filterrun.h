@@ -33,8 +33,10 @@ class JobObserver {
  public:
   virtual ~JobObserver() = default;
   [[nodiscard]] virtual bool isCancelled() const = 0;
-  /// A filter's message, one line without its end.
+  /// A message of the filter that writes the job, one line without its end. Its warnings are the printer's alerts.
   virtual void message(const std::string& line) = 0;
+  /// A message of a filter before it.
+  virtual void preparation(const std::string& line) = 0;
 };
 
 enum class RunResult {
@@ -68,17 +70,24 @@ class FilterRun {
   [[nodiscard]] bool deliver(PrinterLine& line);
   void followCancel(const JobObserver& observer);
   [[nodiscard]] bool isOver();
-  [[nodiscard]] bool maySend() const { return call_.ready || messages_.pages() > 0; }
+  void readMessages(JobObserver& observer);
+  [[nodiscard]] bool maySend() const { return call_.ready || stages_.back().messages.pages() > 0; }
   [[nodiscard]] RunResult judge(PrinterLine& line, const JobObserver& observer);
   void end();
 
   const FilterCall& call_;
-  std::vector<ChildProcess> children_;
-  Descriptor input_, output_, log_;
+  /// A filter and what it says.
+  struct Stage {
+    ChildProcess process;
+    Descriptor log;
+    MessageLines messages;
+  };
+
+  std::vector<Stage> stages_;
+  Descriptor input_, output_;
   std::size_t extent_ = 0;           ///< the one being fed
   off_t position_ = 0;               ///< within the file
   std::vector<std::uint8_t> bytes_;  ///< read, and not yet taken by the printer
-  MessageLines messages_;
   bool cancelled_ = false;
   std::chrono::steady_clock::time_point cancelTime_;
   std::string remark_;

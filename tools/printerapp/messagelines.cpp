@@ -39,7 +39,7 @@ void MessageLines::read(int descriptor, const std::function<void(const std::stri
 void MessageLines::take(const std::function<void(const std::string&)>& line) {
   if (text_.empty()) return;
   if (text_.starts_with(PAGE)) ++pages_;
-  if (text_.starts_with(ERROR) && error_.empty()) error_ = text_.substr(ERROR.size());
+  if (text_.starts_with(ERROR)) error_ = text_.substr(ERROR.size());
   line(text_);
   text_.clear();
 }

@@ -14,7 +14,7 @@ class MessageLines {
 
   [[nodiscard]] bool ended() const { return ended_; }
   [[nodiscard]] int pages() const { return pages_; }
-  /// The first error; empty when there was none.
+  /// The last error; empty when there was none.
   [[nodiscard]] const std::string& error() const { return error_; }
 
  private:

@@ -12,6 +12,7 @@
 
 #include "base/poll.h"
 #include "printerapp/driver.h"
+#include "printerapp/joborder.h"
 #include "printerapp/printerline.h"
 #include "printerapp/printerrecord.h"
 #include "printerapp/state.h"
@@ -58,7 +59,12 @@ struct MessageKind {
 constexpr MessageKind MESSAGE_KINDS[] = {{"ERROR: ", PAPPL_LOGLEVEL_ERROR, true},
                                          {"WARNING: ", PAPPL_LOGLEVEL_WARN, true},
                                          {"INFO: ", PAPPL_LOGLEVEL_INFO, false},
+                                         {"DEBUG: ", PAPPL_LOGLEVEL_DEBUG, false},
                                          {"", PAPPL_LOGLEVEL_DEBUG, false}};
+
+const MessageKind& kindOf(const std::string& line) {
+  return *std::ranges::find_if(MESSAGE_KINDS, [&](const MessageKind& kind) { return line.starts_with(kind.start); });
+}
 
 /// A job's messages: to PAPPL's log, and those for people to the job and its printer.
 class JobReport : public JobObserver {
@@ -68,13 +74,17 @@ class JobReport : public JobObserver {
   [[nodiscard]] bool isCancelled() const override { return papplJobIsCanceled(job_); }
 
   void message(const std::string& line) override {
-    const auto* const kind = std::ranges::find_if(
-        MESSAGE_KINDS, [&](const MessageKind& candidate) { return line.starts_with(candidate.start); });
-    const std::string text = line.substr(kind->start.size());
-    papplLogJob(job_, kind->level, "%s", text.c_str());
-    if (kind->forPeople) papplJobSetMessage(job_, "%s", text.c_str());
-    if (kind->level == PAPPL_LOGLEVEL_WARN) papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_OTHER, 0);
+    const MessageKind& kind = kindOf(line);
+    const std::string text = line.substr(kind.start.size());
+    papplLogJob(job_, kind.level, "%s", text.c_str());
+    if (kind.forPeople) papplJobSetMessage(job_, "%s", text.c_str());
+    if (kind.level == PAPPL_LOGLEVEL_WARN) papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_OTHER, 0);
     if (line.starts_with("PAGE: ") && pages_ == Pages::COUNTED_HERE) papplJobSetImpressionsCompleted(job_, 1);
+  }
+
+  void preparation(const std::string& line) override {
+    const MessageKind& kind = kindOf(line);
+    papplLogJob(job_, kind.level, "%s", line.c_str() + kind.start.size());
   }
 
   /// Something that a person has to know of this job.
@@ -103,15 +113,30 @@ bool waitForPrinter(PrinterLine& line, JobReport& report, pappl_printer_t* print
 }
 
 /// What PAPPL is told of a run that has come to an end. True when the job counts as printed.
-bool conclude(pappl_job_t* job, RunResult result, const FilterRun& run, JobReport& report) {
+bool conclude(pappl_job_t* job, RunResult result, const FilterRun& run) {
   if (result == RunResult::CANCELLED) return true;
-  if (!run.remark().empty()) report.tell(run.remark());
+  if (!run.remark().empty()) papplJobSetMessage(job, "%s", run.remark().c_str());
   if (result == RunResult::FAILED) {
     papplJobSetReasons(job, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, PAPPL_JREASON_NONE);
   } else if (!run.remark().empty()) {
     papplJobSetReasons(job, PAPPL_JREASON_ERRORS_DETECTED, PAPPL_JREASON_NONE);
   }
   return result == RunResult::DONE;
+}
+
+/// Runs the filters until the printer has everything.
+bool runUntilPrinted(pappl_job_t* job, PrinterLine& line, const FilterCall& call, JobReport& report) {
+  pappl_printer_t* const printer = papplJobGetPrinter(job);
+  while (waitForPrinter(line, report, printer)) {
+    FilterRun run(call);
+    const RunResult result = run.run(line, report);
+    papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, PAPPL_PREASON_OTHER);
+    if (result != RunResult::LINE_LOST) return conclude(job, result, run);
+    report.tell("The printer went away (" + line.reason() +
+                "). The job begins anew when it is back: pages may come twice.");
+    line.drop();
+  }
+  return true;
 }
 
 }  // namespace
@@ -155,23 +180,16 @@ bool printJob(pappl_job_t* job, pappl_device_t* device, const FilterCall& call, 
   JobReport report(job, pages);
   const Turn turn(recordOf(printer), [&] { return report.isCancelled(); });
   if (!turn.isTaken()) return true;
+  releaseWaiting(printer);
   saveState(papplPrinterGetSystem(printer));  // so that the job is not forgotten if the application ends now
   const Marker marker(job);
   if (marker.wasThere()) {
     report.tell("The application was ended while it printed this job, which now begins anew: pages may come twice.");
   }
   const auto line = makeLine(job, device);
-  RunResult result = RunResult::LINE_LOST;
-  while (waitForPrinter(*line, report, printer)) {
-    FilterRun run(call);
-    result = run.run(*line, report);
-    papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, PAPPL_PREASON_OTHER);
-    if (result != RunResult::LINE_LOST) return conclude(job, result, run, report);
-    report.tell("The printer went away (" + line->reason() +
-                "). The job begins anew when it is back: pages may come twice.");
-    line->drop();
-  }
-  return true;
+  const bool printed = runUntilPrinted(job, *line, call, report);
+  leaveTurnToOldest(printer);
+  return printed;
 }
 
 }  // namespace kesto::app
