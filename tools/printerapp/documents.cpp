@@ -104,7 +104,7 @@ bool startRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device
     return false;
   }
   try {
-    raster.options = driverOptions(theSetup->catalogue, *options, raster.form);
+    raster.options = driverOptions(theSetup->catalogue, papplJobGetPrinter(job), *options, raster.form);
     const Paper* const paper = theSetup->catalogue.find(raster.form.width, raster.form.length, raster.form.borderless);
     const bool bordered = paper == nullptr || !paper->borderless;
     const unsigned margin = bordered ? MARGIN_POINTS * sheet.HWResolution[0] / POINTS_PER_INCH : 0;
@@ -178,8 +178,8 @@ bool printPdf(pappl_job_t* job, pappl_device_t* device, void* data) {
   const Setup& setup = *static_cast<const Setup*>(data);
   const PrintOptions options(papplJobCreatePrintOptions(job, 0, true), papplJobDeletePrintOptions);
   if (!options) return refuse(job, "The system has no memory left.", PAPPL_JREASON_ERRORS_DETECTED);
-  const std::string ticket =
-      driverOptions(setup.catalogue, *options, formOf(*options)) + ' ' + documentOptions(job, *options);
+  const std::string ticket = driverOptions(setup.catalogue, papplJobGetPrinter(job), *options, formOf(*options)) + ' ' +
+                             documentOptions(job, *options);
   Command pdfFilter = filterCommand(setup, "pdftopdf", job, options->copies, ticket);
   pdfFilter.arguments.emplace_back(papplJobGetFilename(job));
   const FilterCall call = {.commands = {pdfFilter, filterCommand(setup, "pdftokesto", job, options->copies, ticket)},

@@ -71,7 +71,8 @@ bool isCollated(pappl_job_t* job) {
   return value == nullptr || std::string_view(value) != "separate-documents-uncollated-copies";
 }
 
-std::string driverOptions(const Catalogue& catalogue, const pappl_pr_options_t& options, const PageForm& form) {
+std::string driverOptions(const Catalogue& catalogue, pappl_printer_t* printer, const pappl_pr_options_t& options,
+                          const PageForm& form) {
   std::string text;
   add(text, "PageSize", pageSize(catalogue, form));
   add(text, "InputSlot", catalogue.sources.keywordOf(options.media.source));
@@ -80,10 +81,15 @@ std::string driverOptions(const Catalogue& catalogue, const pappl_pr_options_t& 
   add(text, "ColorModel", form.colour ? "RGB" : "Gray");
   add(text, "cupsPrintQuality", quality(form, options.print_quality));
   add(text, "Resolution", form.draft ? "300dpi" : "600dpi");
+  ipp_t* const defaults = papplPrinterGetDriverAttributes(printer);
   for (const Option& option : catalogue.others) {
-    const char* const value = cupsGetOption(option.name.c_str(), options.num_vendor, options.vendor);
+    const char* value = cupsGetOption(option.name.c_str(), options.num_vendor, options.vendor);
+    // PAPPL 1.3 looks for these defaults among the job's attributes only.
+    const std::string name = option.name + "-default";
+    if (value == nullptr) value = ippGetString(ippFindAttribute(defaults, name.c_str(), IPP_TAG_ZERO), 0, nullptr);
     if (value != nullptr) add(text, option.keyword, option.keywordOf(value));
   }
+  ippDelete(defaults);
   return text;
 }
 

@@ -27,8 +27,8 @@ struct PageForm {
 
 /// The driver's options as the spooler hands them to filters ("PageSize=A4 Duplex=None ..."). Every value is one of
 /// the catalogue's keywords or a number: nothing that a client has written goes through.
-[[nodiscard]] std::string driverOptions(const Catalogue& catalogue, const pappl_pr_options_t& options,
-                                        const PageForm& form);
+[[nodiscard]] std::string driverOptions(const Catalogue& catalogue, pappl_printer_t* printer,
+                                        const pappl_pr_options_t& options, const PageForm& form);
 
 /// What the spooler's PDF filter is asked to do besides: page range, scaling, orientation, collated copies.
 [[nodiscard]] std::string documentOptions(pappl_job_t* job, const pappl_pr_options_t& options);
