@@ -31,6 +31,8 @@ Command filterCommand(const FilterCall& call, const TemporaryFolder& folder) {
   // A filter for another processor comes as a script that runs it.
   const char* other = std::getenv("KESTO_FILTER");  // NOLINT(concurrency-mt-unsafe): one thread
   command.program = other != nullptr ? other : KESTO_FILTER;
+  // Both filters are in one folder, and so are their scripts.
+  if (call.rendered) command.program = std::filesystem::path(command.program).replace_filename("rastertokesto");
   command.arguments = {"Kesto_Queue", "17", "anna", call.title, call.copies, call.options};
   if (call.onStandardInput) {
     command.input = call.document;
@@ -63,6 +65,17 @@ Bytes withoutDate(const Bytes& job) {
   if (date == std::string::npos) return job;
   text.erase(date, text.find('\n', date) - date);
   return {text.begin(), text.end()};
+}
+
+FilterCall renderedCall(FilterCall call) {
+  const TemporaryFolder folder;
+  Command command = filterCommand(call, folder);
+  command.program = KESTO_STANDIN_SERVERBIN "/filter/pdftoraster";
+  if (call.onStandardInput) command.arguments.push_back(folder.write("document", call.document));
+  const Outcome outcome = run(command);
+  call.document.assign(outcome.output.begin(), outcome.output.end());
+  call.rendered = true;
+  return call;
 }
 
 Outcome runFilter(const FilterCall& call) {

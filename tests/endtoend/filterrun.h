@@ -20,10 +20,14 @@ struct FilterCall {
   bool realRenderer = false;
   std::string ppd = KESTO_PPD;
   std::string serverBin{};  ///< overrides CUPS_SERVERBIN
+  bool rendered = false;    ///< the document is a raster, for rastertokesto
 };
 
 /// The command of a call; files that it needs go to `folder`, which also serves for its temporary files.
 [[nodiscard]] Command filterCommand(const FilterCall& call, const TemporaryFolder& folder);
+
+/// The same call with what the stand-in renderer makes of its document, for rastertokesto.
+[[nodiscard]] FilterCall renderedCall(FilterCall call);
 
 /// Runs the filter and checks what holds for every run: it ends within the time-out, not by a signal, leaves no
 /// temporary file and no process behind, and what it has written, if anything, is a job that the job reader finds good.

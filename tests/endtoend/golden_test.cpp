@@ -1,5 +1,5 @@
 // The bytes of whole jobs, pinned: a table of options and rasters, each with the digest of the job that they make. The
-// same bytes have to come out of every build, on every processor.
+// same bytes have to come out of every build, on every processor, and from pages that are rendered already.
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -44,6 +44,9 @@ TEST(GoldenJobs, HaveTheirBytes) {
     const Outcome outcome = runFilter(callOf(row));
     EXPECT_EQ(outcome.status, 0) << row << outcome.log;
     EXPECT_EQ(row + " => " + digestOf(withoutDate(outcome.output)), line);
+    FilterCall rendered = renderedCall(callOf(row));
+    rendered.onStandardInput = rows % 2 == 0;
+    EXPECT_EQ(withoutDate(runFilter(rendered).output), withoutDate(outcome.output)) << row;
   }
   EXPECT_GT(rows, 40);
 }

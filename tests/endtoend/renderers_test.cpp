@@ -97,6 +97,25 @@ TEST_P(MisbehavingRenderer, GivesARightJobOrOneClearError) {
   }
 }
 
+/// The same stream as a document of its own. How its writer ended is not known then, and whether one is left.
+TEST_P(MisbehavingRenderer, GivesAStreamThatIsPrintedAsFarAsItIsGood) {
+  const Renderer& renderer = GetParam();
+  const std::string_view recipe = renderer.recipe;
+  const bool ends = recipe.find("hang") == recipe.npos && recipe.find("orphan") == recipe.npos;
+  if (*renderer.serverBin != '\0' || !ends) return;
+  const Outcome outcome = runFilter(renderedCall({.document = renderer.recipe, .onStandardInput = true}));
+  EXPECT_EQ(outcome.status, 0) << outcome.log;
+  const auto errors = outcome.linesWith("ERROR:");
+  EXPECT_LE(errors.size(), 1u) << outcome.log;
+  const std::string expected = renderer.error;
+  if (expected == REFUSED || expected == "Page 2" || expected == NO_PAGE) {
+    ASSERT_EQ(errors.size(), 1u) << outcome.log;
+    EXPECT_NE(errors[0].find(expected), std::string::npos) << errors[0];
+  }
+  EXPECT_EQ(parseJob(outcome.output).pages.size(), renderer.pages);
+  EXPECT_LT(outcome.duration, LONGEST_RUN);
+}
+
 INSTANTIATE_TEST_SUITE_P(That, MisbehavingRenderer, testing::ValuesIn(RENDERERS),
                          [](const auto& instance) { return std::string(instance.param.name); });
 
