@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "filter/document/rasterdocument.h"
 #include "filter/joberror.h"
 #include "filter/jobframe.h"
 #include "filter/jobstate.h"
@@ -124,10 +125,6 @@ void runJob(RasterStream& raster, const Job& job) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static char name[] = "fuzz";
-  static char* const arguments[] = {name, name, name, name, name, name, nullptr};
-  static const Renderer renderer("/nowhere", arguments, "/nowhere/document.pdf");  // has ended, like every renderer
-
   Input in(data, size);
   const std::uint8_t choices = in.byte();
   const Job job = {.ticket = in.text(),
@@ -139,7 +136,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   imageThreadFailure.store(0);
   isTerminated.store((choices & 16) != 0 ? 1 : 0);
   {
-    RasterStream raster(renderer);
+    const RasterDocument document(nullptr);
+    RasterStream raster(document);
     runJob(raster, job);
   }
   jobsetting = nullptr;
