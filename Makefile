@@ -4,6 +4,8 @@
 #                           (SAN=address or SAN=thread: the tests under a sanitizer)
 #   make faults             fails every single call of the filter that can fail; takes about half an hour
 #   make coverage           tells which lines the fuzz targets reach
+#   make app                runs a printer for phones and other systems on this machine, with a virtual printer behind
+#                           it, until Ctrl-C
 #   make package            builds the Debian package in out/ (ARCH=arm64: after make cross, the one for arm64)
 #   make cross ARCH=arm64   builds for arm64 (or s390x, or nehalem: amd64 without AVX2), and tests under qemu
 #   make everywhere         all tests on this system, on Debian 13 beside it (as root) and on those processors
@@ -21,7 +23,7 @@ BUILD := build/$(PRESET)
 
 ARCH ?=
 
-.PHONY: demo test faults coverage package cross everywhere bench lint clean
+.PHONY: demo app test faults coverage package cross everywhere bench lint clean
 .PHONY: setup-build setup-test setup-coverage setup-package setup-cross setup-bench setup-lint
 
 setup-build setup-test setup-coverage setup-package setup-cross setup-bench setup-lint:
@@ -31,6 +33,11 @@ demo: setup-build
 	@test -f $(BUILD)/CMakeCache.txt || cmake --preset $(PRESET) -DKESTO_TESTS=OFF
 	@cmake --build $(BUILD) -j$(JOBS) --target pdftokesto kestojob kesto_ppd
 	@scripts/demo.sh $(BUILD)
+
+app: setup-build
+	@test -f $(BUILD)/CMakeCache.txt || cmake --preset $(PRESET) -DKESTO_TESTS=OFF
+	@cmake --build $(BUILD) -j$(JOBS) --target kesto-printer-app kestoprinter pdftokesto rastertokesto kesto_ppd
+	@scripts/app.sh $(BUILD)
 
 test: setup-test
 	@cmake --preset $(PRESET) -DKESTO_TESTS=ON

@@ -97,6 +97,28 @@ _kestodoctor() {
   fi
 }
 
+_kesto_printer_app() {
+  local word=$2 before=$3 command=""
+  [ "$COMP_CWORD" -gt 1 ] && command=${COMP_WORDS[1]}
+  COMPREPLY=()
+  case $before in
+    -d) _kesto_words "$word" "$("$1" printers 2>/dev/null)"; return ;;
+    -m) _kesto_words "$word" kesto; return ;;
+    -v) _kesto_words "$word" "$("$1" devices 2>/dev/null)"; return ;;
+    -o) [ "$command" = server ] && _kesto_words "$word" server-port= listen-hostname= auth-service= admin-group= \
+          server-hostname= spool-directory= log-file= log-level=; return ;;
+  esac
+  if [ "$COMP_CWORD" -le 1 ]; then
+    _kesto_words "$word" add cancel default delete devices drivers jobs modify options pause printers resume server \
+      shutdown status submit
+  elif [[ $word == -* ]]; then
+    _kesto_words "$word" -a -d -h -j -m -n -o -u -v
+  elif [ "$command" = submit ]; then
+    _kesto_files "$word" '*.pdf'
+  fi
+}
+
 complete -F _kestojob kestojob
 complete -F _kestoprinter kestoprinter
 complete -F _kestodoctor kestodoctor
+complete -F _kesto_printer_app kesto-printer-app

@@ -17,7 +17,7 @@ if [ -z "$KESTO_EMULATOR" ]; then
   KESTO_SYSROOT=$build.root
   KESTO_EMULATOR="qemu-$KESTO_PROCESSOR -L $KESTO_SYSROOT"
   scripts/sysroot.sh "$1" "$KESTO_SYSROOT" libc6-dev libcups2-dev libcupsimage2-dev libjpeg62-turbo-dev libpng-dev \
-    zlib1g-dev libgtest-dev libcli11-dev nlohmann-json3-dev
+    zlib1g-dev libpappl-dev libgtest-dev libcli11-dev nlohmann-json3-dev
 fi
 
 cmake --preset cross -B "$build" -DKESTO_PROCESSOR="$KESTO_PROCESSOR" -DKESTO_SYSROOT="$KESTO_SYSROOT" \

@@ -4,7 +4,7 @@
 set -eu
 
 build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-filters
-  libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev zlib1g-dev"
+  libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpappl-dev libpng-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
