@@ -106,13 +106,16 @@ std::string stringsOf(const Texts& texts) {
   return strings;
 }
 
-/// The printer's own options with their texts, for the web page. PAPPL keeps pointers.
+/// The printer's own options with their texts, for the web page. PAPPL keeps pointers. Loaded, they are taken from its
+/// list of files again: for files on the list it adds an attribute to the printer each time that it is asked for all.
 void addTexts(pappl_system_t* system, const Catalogue& catalogue) {
   static std::vector<std::string> kept;
   for (const Texts& texts : catalogue.texts) kept.push_back(stringsOf(texts));
   for (std::size_t i = 0; i < kept.size(); ++i) {
     const std::string& language = catalogue.texts[i].language;
-    papplSystemAddStringsData(system, ("/" + language + ".strings").c_str(), language.c_str(), kept[i].c_str());
+    const std::string path = "/" + language + ".strings";
+    papplSystemAddStringsData(system, path.c_str(), language.c_str(), kept[i].c_str());
+    papplSystemRemoveResource(system, path.c_str());
   }
 }
 
@@ -185,12 +188,18 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (open && authentication == "none") {
     return fail("without an auth-service only this machine may be listened to, not '" + host + "'");
   }
+  // PAPPL 1.3 locks itself out when it begins a new log file and standard error is one that is long already: there it
+  // may say nothing before that is switched off.
+  const std::string log = options.get("log-file", "-");
+  const bool toStandardError = log == "-";
   pappl_system_t* const system =
       papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | PAPPL_SOPTIONS_WEB_INTERFACE |
-                            (open ? PAPPL_SOPTIONS_WEB_REMOTE | PAPPL_SOPTIONS_WEB_TLS : 0),
-                        TITLE, port, "_print,_universal", setup.spool.c_str(), options.get("log-file", "-").c_str(),
-                        found->level, authentication.c_str(), false);
+                            (open ? PAPPL_SOPTIONS_WEB_REMOTE | PAPPL_SOPTIONS_WEB_TLS : PAPPL_SOPTIONS_NO_TLS),
+                        TITLE, port, "_print,_universal", setup.spool.c_str(), log.c_str(),
+                        toStandardError ? PAPPL_LOGLEVEL_FATAL : found->level, authentication.c_str(), false);
   if (system == nullptr) return fail("the system cannot be made");
+  if (toStandardError) papplSystemSetMaxLogSize(system, 0);
+  papplSystemSetLogLevel(system, found->level);
   if (const char* const group = options.get("admin-group")) papplSystemSetAdminGroup(system, group);
   if (const char* const name = options.get("server-hostname")) papplSystemSetHostName(system, name);
   if (options.get("private-server") == nullptr && !papplSystemAddListeners(system, host.c_str())) {
@@ -200,7 +209,9 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   pappl_version_t numbers = version();
   papplSystemSetVersions(system, 1, &numbers);
   papplSystemSetMIMECallback(system, recognise, nullptr);
-  papplSystemAddMIMEFilter(system, "application/pdf", PRINTER_FORMAT, printPdf, &setup);
+  for (const char* type : {"application/pdf", "image/jpeg", "image/png"}) {
+    papplSystemAddMIMEFilter(system, type, PRINTER_FORMAT, printDocument, &setup);
+  }
   addTexts(system, setup.catalogue);
   const auto drivers = driverList(setup);
   papplSystemSetPrinterDrivers(system, static_cast<int>(drivers.size()), drivers.data(), chooseDriver, printerMade,

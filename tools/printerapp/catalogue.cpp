@@ -5,6 +5,8 @@
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
+#include <map>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -98,23 +100,32 @@ void readOptions(ppd_file_t* ppd, Catalogue& catalogue) {
   catalogue.types = makeOption(*types);
 }
 
-/// A text of the PPD in a language; empty when it has none.
-std::string translation(ppd_file_t* ppd, const std::string& language, const std::string& option, const char* choice) {
-  const std::string name = language + "." + (choice != nullptr ? option : "Translation");
-  const ppd_attr_t* const found = ppdFindAttr(ppd, name.c_str(), choice != nullptr ? choice : option.c_str());
-  return found != nullptr ? found->text : "";
+using Translations = std::map<std::string, std::string, std::less<>>;
+
+/// The texts of all languages: "de.Translation TonerSave" and "de.TonerSave On" lead to theirs. The library keeps those
+/// of its own language only.
+Translations readTranslations(const std::string& ppd) {
+  Translations translations;
+  std::ifstream file(ppd);
+  for (std::string line; std::getline(file, line);) {  // *de.TonerSave On/Ein: ""
+    const std::size_t slash = line.find('/'), end = line.rfind(": ");
+    if (!line.starts_with('*') || line.find('.') != 3 || slash == std::string::npos || end == std::string::npos)
+      continue;
+    if (slash < end) translations[line.substr(1, slash - 1)] = line.substr(slash + 1, end - slash - 1);
+  }
+  return translations;
 }
 
-void readTexts(ppd_file_t* ppd, const std::string& language, Catalogue& catalogue) {
+void readTexts(const Translations& translations, const std::string& language, Catalogue& catalogue) {
   Texts& texts = catalogue.texts.emplace_back(Texts{.language = language, .texts = {}});
-  const auto add = [&](const std::string& name, const std::string& text, const std::string& english) {
-    texts.texts.emplace_back(name, text.empty() ? english : text);
+  const auto add = [&](const std::string& name, const std::string& keywords, const std::string& english) {
+    const auto found = translations.find(language + "." + keywords);
+    texts.texts.emplace_back(name, found != translations.end() ? found->second : english);
   };
   for (const Option& option : catalogue.others) {
-    add(option.name, translation(ppd, language, option.keyword, nullptr), option.text);
+    add(option.name, "Translation " + option.keyword, option.text);
     for (const Choice& choice : option.choices) {
-      add(option.name + "." + choice.name, translation(ppd, language, option.keyword, choice.keyword.c_str()),
-          choice.text);
+      add(option.name + "." + choice.name, option.keyword + " " + choice.keyword, choice.text);
     }
   }
 }
@@ -162,7 +173,8 @@ Catalogue readCatalogue(const std::string& ppd) {
   catalogue.pagesPerMinute = file->throughput;
   readPapers(file.get(), catalogue);
   readOptions(file.get(), catalogue);
-  for (const char* language : {"en", "de", "es", "fr", "ja"}) readTexts(file.get(), language, catalogue);
+  const Translations translations = readTranslations(ppd);
+  for (const char* language : {"en", "de", "es", "fr", "ja"}) readTexts(translations, language, catalogue);
   return catalogue;
 }
 

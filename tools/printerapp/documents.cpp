@@ -41,14 +41,13 @@ bool refuse(pappl_job_t* job, const std::string& why, pappl_jreason_t reason) {
   return false;
 }
 
-RasterJob* rasterOf(pappl_job_t* job) {
-  return static_cast<RasterJob*>(papplJobGetData(job));
+/// PAPPL begins a job that is cancelled just then, and has taken its file away.
+bool refuseWithoutFile(pappl_job_t* job) {
+  return refuse(job, "The job was cancelled before it began.", PAPPL_JREASON_JOB_CANCELED_BY_USER);
 }
 
-/// True for the pages that a client draws itself; PAPPL draws those of images, and draws them once for each copy.
-bool isDrawnByClient(pappl_job_t* job) {
-  const std::string_view format = papplJobGetFormat(job);
-  return format == "image/pwg-raster" || format == "image/urf";
+RasterJob* rasterOf(pappl_job_t* job) {
+  return static_cast<RasterJob*>(papplJobGetData(job));
 }
 
 /// The form of a sheet, by its own pixels.
@@ -92,7 +91,6 @@ bool startRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
 /// Begins a page as the first one determines: what the printer is told stands at the start of its job.
 bool startRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, unsigned) {
   RasterJob& raster = *rasterOf(job);
-  if (!isDrawnByClient(job) && raster.spool.pages() > 0) return true;  // another copy
   const cups_page_header2_t& sheet = options->header;
   raster.fault = sheetFault(sheet);
   raster.reason = PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR;
@@ -119,14 +117,12 @@ bool startRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device
 
 bool writeRasterLine(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned y, const unsigned char* line) {
   RasterSpool& spool = rasterOf(job)->spool;
-  // The copies of an image are made by the filter.
-  if (isDrawnByClient(job) || spool.pages() == 0) spool.writeLine(y, line);
+  spool.writeLine(y, line);
   return spool.error() == 0;
 }
 
 bool endRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned page) {
   RasterJob& raster = *rasterOf(job);
-  if (!isDrawnByClient(job) && raster.spool.pages() > 0) return true;
   const bool whole = raster.spool.endPage();
   if (raster.spool.error() != 0) {
     raster.fault = "The pages cannot be kept: " + std::generic_category().message(raster.spool.error());
@@ -160,7 +156,9 @@ bool endRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*
 
 /// Passes a job on that is ready for the printer.
 bool printReadyJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t* device) {
-  const FilterCall call = {.commands = {{.program = "/bin/cat", .arguments = {"cat", papplJobGetFilename(job)}}},
+  const char* const file = papplJobGetFilename(job);
+  if (file == nullptr) return refuseWithoutFile(job);
+  const FilterCall call = {.commands = {{.program = "/bin/cat", .arguments = {"cat", file}}},
                            .environment = {},
                            .extents = {},
                            .ready = true};
@@ -174,17 +172,23 @@ const char* testPage(pappl_printer_t*, char* buffer, std::size_t size) {
 
 }  // namespace
 
-bool printPdf(pappl_job_t* job, pappl_device_t* device, void* data) {
+bool printDocument(pappl_job_t* job, pappl_device_t* device, void* data) {
   const Setup& setup = *static_cast<const Setup*>(data);
   const PrintOptions options(papplJobCreatePrintOptions(job, 0, true), papplJobDeletePrintOptions);
   if (!options) return refuse(job, "The system has no memory left.", PAPPL_JREASON_ERRORS_DETECTED);
-  const std::string ticket = driverOptions(setup.catalogue, papplJobGetPrinter(job), *options, formOf(*options)) + ' ' +
-                             documentOptions(job, *options);
-  Command pdfFilter = filterCommand(setup, "pdftopdf", job, options->copies, ticket);
-  pdfFilter.arguments.emplace_back(papplJobGetFilename(job));
-  const FilterCall call = {.commands = {pdfFilter, filterCommand(setup, "pdftokesto", job, options->copies, ticket)},
-                           .environment = filterEnvironment(setup, job, PDF_TYPE),
-                           .extents = {}};
+  const char* const file = papplJobGetFilename(job);
+  if (file == nullptr) return refuseWithoutFile(job);
+  const std::string ticket = driverOptions(setup.catalogue, papplJobGetPrinter(job), *options, formOf(*options));
+  const std::string wishes = ticket + ' ' + documentOptions(job, *options);
+  const bool pdf = std::string_view(papplJobGetFormat(job)) == PDF_TYPE;
+  // An image is one page: its copies are the same collated or not, and made by the last filter.
+  Command first = pdf ? filterCommand(setup, "pdftopdf", job, options->copies, wishes)
+                      : filterCommand(setup, "imagetopdf", job, 1, wishes);
+  first.arguments.emplace_back(file);
+  const FilterCall call = {
+      .commands = {first, filterCommand(setup, "pdftokesto", job, options->copies, pdf ? wishes : ticket)},
+      .environment = filterEnvironment(setup, job, papplJobGetFormat(job)),
+      .extents = {}};
   return printJob(job, device, call, Pages::COUNTED_HERE);
 }
 

@@ -7,8 +7,9 @@
 
 namespace kesto::app {
 
-/// Prints a PDF through the spooler's PDF filter and ours, as a queue would. `data` is the Setup. A filter of PAPPL's.
-bool printPdf(pappl_job_t* job, pappl_device_t* device, void* data);
+/// Prints a PDF or an image through the spooler's filter for it and ours, as a queue would: what is wrong with a
+/// document can end a child process only. `data` is the Setup. A filter of PAPPL's.
+bool printDocument(pappl_job_t* job, pappl_device_t* device, void* data);
 
 /// Sets the callbacks that print what is ready for the printer, and rasters.
 void setPrintingCallbacks(const Setup& setup, pappl_pr_driver_data_t& data);
