@@ -143,12 +143,11 @@ std::string_view Option::keywordOf(std::string_view choice) const {
 }
 
 const Paper* Catalogue::find(int width, int length, bool borderless) const {
-  constexpr int TOLERANCE = 100;
   const Paper* found = nullptr;
-  int distance = 2 * TOLERANCE;
+  int distance = 0;
   for (const Paper& paper : papers) {
     const int across = std::abs(paper.width - width), along = std::abs(paper.length - length);
-    if (across > TOLERANCE || along > TOLERANCE) continue;
+    if (across > PAPER_TOLERANCE || along > PAPER_TOLERANCE) continue;
     // A paper that cannot be printed to its edges is better than another paper.
     const int difference = 2 * (across + along) + (paper.borderless != borderless ? 1 : 0);
     if (found != nullptr && difference >= distance) continue;

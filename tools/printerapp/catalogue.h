@@ -10,6 +10,9 @@
 
 namespace kesto::app {
 
+/// Sizes that differ by no more than this are of one paper: a millimetre.
+inline constexpr int PAPER_TOLERANCE = 100;
+
 /// A size of paper. Lengths in IPP are hundredths of a millimetre.
 struct Paper {
   std::string keyword;      ///< the PPD's, "A4.FullBleed"

@@ -1,6 +1,10 @@
 #include "printerapp/documents.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -18,6 +22,7 @@ constexpr char PDF_TYPE[] = "application/pdf", RASTER_TYPE[] = "application/vnd.
 constexpr unsigned DRAFT_RESOLUTION = 300, NORMAL_RESOLUTION = 600;
 constexpr unsigned MARGIN_POINTS = 12, POINTS_PER_INCH = 72;
 constexpr unsigned COLOUR_BITS = 24, GREY_BITS = 8;
+constexpr char COLOUR_FAULT[] = "Pages are printed in sRGB or in grey of 8 bits only.";
 
 using PrintOptions = std::unique_ptr<pappl_pr_options_t, decltype(&papplJobDeletePrintOptions)>;
 
@@ -50,17 +55,32 @@ RasterJob* rasterOf(pappl_job_t* job) {
   return static_cast<RasterJob*>(papplJobGetData(job));
 }
 
+/// A number of pixels in hundredths of a millimetre; what no paper has is INT_MAX.
+int lengthOf(unsigned pixels, unsigned resolution) {
+  constexpr std::uint64_t HUNDREDTHS_PER_INCH = 2540;
+  return static_cast<int>(std::min<std::uint64_t>(pixels * HUNDREDTHS_PER_INCH / resolution, INT_MAX));
+}
+
 /// The form of a sheet, by its own pixels.
 PageForm sheetForm(const pappl_pr_options_t& options) {
   const cups_page_header2_t& sheet = options.header;
-  constexpr unsigned HUNDREDTHS_PER_INCH = 2540;
   const unsigned resolution = sheet.HWResolution[0];
   PageForm form = formOf(options);
   form.draft = resolution == DRAFT_RESOLUTION;
   form.colour = sheet.cupsBitsPerPixel == COLOUR_BITS;
-  form.width = static_cast<int>(std::uint64_t{sheet.cupsWidth} * HUNDREDTHS_PER_INCH / resolution);
-  form.length = static_cast<int>(std::uint64_t{sheet.cupsHeight} * HUNDREDTHS_PER_INCH / resolution);
+  form.width = lengthOf(sheet.cupsWidth, resolution);
+  form.length = lengthOf(sheet.cupsHeight, resolution);
   return form;
+}
+
+/// True when the options have a header of PAPPL's own, which it makes when it does not take the client's: for pages of
+/// one bit per pixel, whose lines are not what that header says.
+bool hasOwnHeader(pappl_job_t* job, const pappl_pr_options_t& options) {
+  const PrintOptions own(papplJobCreatePrintOptions(job, 0, false), papplJobDeletePrintOptions);
+  if (!own) return false;
+  unsigned* const numbers = own->header.cupsInteger;
+  numbers[CUPS_RASTER_PWG_TotalPageCount] = options.header.cupsInteger[CUPS_RASTER_PWG_TotalPageCount];
+  return std::memcmp(&own->header, &options.header, sizeof own->header) == 0;
 }
 
 /// Why a sheet cannot be printed; empty when it can.
@@ -72,7 +92,7 @@ std::string sheetFault(const cups_page_header2_t& sheet) {
   }
   const bool colour = sheet.cupsColorSpace == CUPS_CSPACE_SRGB && sheet.cupsBitsPerPixel == COLOUR_BITS;
   const bool grey = sheet.cupsColorSpace == CUPS_CSPACE_SW && sheet.cupsBitsPerPixel == GREY_BITS;
-  if (!colour && !grey) return "Pages are printed in sRGB or in grey of 8 bits only.";
+  if (!colour && !grey) return COLOUR_FAULT;
   if (sheet.cupsBytesPerLine != std::uint64_t{sheet.cupsWidth} * sheet.cupsBitsPerPixel / 8) {
     return "The raster's lines do not fit its width.";
   }
@@ -88,19 +108,34 @@ bool startRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
   }
 }
 
+/// Why a page cannot follow the first one, or cannot be the first; empty when it can.
+std::string formFault(const PageForm& form, const PageForm& first) {
+  const auto near = [](int a, int b) { return std::abs(a - b) <= PAPER_TOLERANCE; };
+  if (form.draft != first.draft || form.colour != first.colour) {
+    return "The pages of a job have one resolution and one kind of colour.";
+  }
+  if (!near(form.width, first.width) || !near(form.length, first.length)) return "The pages of a job have one size.";
+  const Catalogue& catalogue = theSetup->catalogue;
+  const auto within = [](int length, int least, int most) {
+    return length >= least - PAPER_TOLERANCE && length <= most + PAPER_TOLERANCE;
+  };
+  const bool custom = within(form.width, catalogue.smallest.width, catalogue.largest.width) &&
+                      within(form.length, catalogue.smallest.length, catalogue.largest.length);
+  if (custom || catalogue.find(form.width, form.length, form.borderless) != nullptr) return "";
+  return "The pages are of a size that the printer has no paper for.";
+}
+
 /// Begins a page as the first one determines: what the printer is told stands at the start of its job.
 bool startRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, unsigned) {
   RasterJob& raster = *rasterOf(job);
   const cups_page_header2_t& sheet = options->header;
-  raster.fault = sheetFault(sheet);
+  raster.fault = hasOwnHeader(job, *options) ? COLOUR_FAULT : sheetFault(sheet);
   raster.reason = PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR;
   if (!raster.fault.empty()) return false;
   const PageForm form = sheetForm(*options);
   if (raster.spool.pages() == 0) raster.form = form;
-  if (form.draft != raster.form.draft || form.colour != raster.form.colour) {
-    raster.fault = "The pages of a job have one resolution and one kind of colour.";
-    return false;
-  }
+  raster.fault = formFault(form, raster.form);
+  if (!raster.fault.empty()) return false;
   try {
     raster.options = driverOptions(theSetup->catalogue, papplJobGetPrinter(job), *options, raster.form);
     const Paper* const paper = theSetup->catalogue.find(raster.form.width, raster.form.length, raster.form.borderless);
