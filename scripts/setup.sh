@@ -7,7 +7,7 @@ build="g++ cmake make libcups2-dev libcupsimage2-dev cups-ppdc cups-client cups-
   libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpappl-dev libpng-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev cups dpkg-dev file clang libclang-rt-dev" ;;
+  test) packages="$build libgtest-dev cups cups-ipp-utils dpkg-dev file clang libclang-rt-dev" ;;
   coverage) packages="$build clang libclang-rt-dev llvm" ;;
   package) packages="$build build-essential debhelper" ;;
   cross) packages="$build libgtest-dev cups g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user" ;;

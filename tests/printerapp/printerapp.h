@@ -1,0 +1,66 @@
+// The printer application as a process: on a free port of the loopback address, with its spool, data and filter folders
+// in one temporary folder. The filters are the built ones beside the spooler's own.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <cups/cups.h>
+
+#include "support/process.h"
+
+namespace kesto::test {
+
+/// What a job asks for, by its attributes' names, in the form of `lp -o`.
+using Wishes = std::map<std::string, std::string>;
+
+/// What has become of a job, or of a request for one.
+struct JobEnd {
+  int id = 0;  ///< 0: the request was refused
+  ipp_jstate_t state = IPP_JSTATE_ABORTED;
+  std::string message;  ///< the job's, or the reason of the refusal
+};
+
+class PrinterApp {
+ public:
+  /// Starts the application and waits until it answers. Throws when it does not.
+  PrinterApp();
+
+  /// Makes a printer for a device.
+  void addPrinter(const std::string& name, const std::string& deviceUri);
+
+  [[nodiscard]] std::string uri(const std::string& printer) const;
+  [[nodiscard]] int port() const { return port_; }
+
+  /// Sends a request with a file, over again while the application is busy.
+  [[nodiscard]] std::unique_ptr<ipp_t, decltype(&ippDelete)> ask(ipp_t* request, const std::string& resource,
+                                                                 const std::string& file = "");
+
+  /// Sends a document of this type ("" leaves it to the application) and waits up to a minute until the job is over.
+  JobEnd print(const std::string& printer, const std::string& document, const std::string& type,
+               const Wishes& wishes = {});
+
+  /// The same for a request that is made already: a Print-Job whose printer is `printer`.
+  JobEnd print(const std::string& printer, ipp_t* request, const std::string& document);
+
+  /// A Print-Job request without job attributes.
+  [[nodiscard]] ipp_t* printRequest(const std::string& printer, const std::string& type,
+                                    const std::string& title) const;
+
+  /// What is left of jobs: files in the spool folder, and child processes.
+  [[nodiscard]] std::vector<std::string> leftovers() const;
+
+  [[nodiscard]] std::string log() const;
+
+ private:
+  [[nodiscard]] Command command() const;
+  JobEnd waitFor(const std::string& printer, int job);
+
+  TemporaryFolder folder_;
+  int port_;
+  std::unique_ptr<Process> process_;
+};
+
+}  // namespace kesto::test
