@@ -172,8 +172,12 @@ bool endRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsig
 bool endRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
   const std::unique_ptr<RasterJob> raster(rasterOf(job));
   papplJobSetData(job, nullptr);
-  if (!raster || papplJobIsCanceled(job)) return true;
+  if (!raster) return true;
   if (!raster->fault.empty()) return refuse(job, raster->fault, raster->reason);
+  if (papplJobGetState(job) == IPP_JSTATE_ABORTED) {
+    return refuse(job, "The raster has a page that cannot be read.", PAPPL_JREASON_DOCUMENT_FORMAT_ERROR);
+  }
+  if (papplJobIsCanceled(job)) return true;
   if (raster->spool.pages() == 0) {
     return refuse(job, "The raster has no page.", PAPPL_JREASON_DOCUMENT_FORMAT_ERROR);
   }
