@@ -1,12 +1,6 @@
 // The printer application as its clients see it, with a virtual printer behind it.
 #include "printerapp/printerapp.h"
 
-#include <cmath>
-#include <filesystem>
-#include <regex>
-#include <set>
-#include <thread>
-
 #include <gtest/gtest.h>
 
 #include "printerapp/documents.h"
@@ -14,7 +8,6 @@
 #include "support/jobparser.h"
 #include "support/pdf.h"
 #include "support/printerprocess.h"
-#include "support/spooler.h"
 
 namespace kesto::test {
 namespace {
