@@ -14,6 +14,7 @@ mkdir -p "$work/data" "$work/bin/filter" "$work/jobs"
 cp "$build/ppd/kesto.ppd" "$work/data/"
 cp examples/sample.pdf "$work/data/testpage.pdf"
 ln -s "$build/src/filter/pdftokesto" "$build/src/filter/rastertokesto" "$filters/pdftopdf" "$filters/pdftoraster" \
+  "$filters/imagetopdf" \
   "$work/bin/filter/"
 export KESTO_DATA_FOLDER="$work/data" CUPS_SERVERBIN="$work/bin"
 
