@@ -79,10 +79,6 @@ bool Connection::open(const std::function<bool()>& giveUp) {
   return false;
 }
 
-bool Connection::isOpen() const {
-  return socket_.get() >= 0 && errorOf(socket_.get()) == 0 && discardInput(socket_.get());
-}
-
 ssize_t Connection::write(std::span<const std::uint8_t> bytes) {
   const ssize_t taken = send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
   return taken < 0 && (errno == EAGAIN || errno == EINTR) ? 0 : taken;

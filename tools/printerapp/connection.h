@@ -23,9 +23,6 @@ class Connection {
   /// the wait. A connection that is there is closed before.
   [[nodiscard]] bool open(const std::function<bool()>& giveUp);
 
-  /// True while there is a connection that the printer has not closed.
-  [[nodiscard]] bool isOpen() const;
-
   [[nodiscard]] int descriptor() const { return socket_.get(); }
 
   /// The bytes taken, 0 when none can be taken at the moment, -1 with errno set when the connection is lost.

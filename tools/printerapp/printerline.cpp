@@ -8,6 +8,13 @@
 
 #include "printerapp/connection.h"
 
+// The library has these, its headers do not; without them there is no printer but on the network.
+extern "C" {
+[[gnu::weak]] void _papplDeviceAddFileScheme();      // NOLINT(bugprone-reserved-identifier)
+[[gnu::weak]] void _papplDeviceAddNetworkSchemes();  // NOLINT(bugprone-reserved-identifier)
+[[gnu::weak]] void _papplDeviceAddUSBScheme();       // NOLINT(bugprone-reserved-identifier)
+}
+
 namespace kesto::app {
 namespace {
 
@@ -17,14 +24,12 @@ std::string systemText(int error) {
   return std::generic_category().message(error);
 }
 
-/// A connection of its own for each job; the one that PAPPL's device has made is the first job's.
+/// A connection of its own for each job.
 class SocketLine : public PrinterLine {
  public:
-  explicit SocketLine(Connection& connection) : connection_(connection) {}
+  explicit SocketLine(const char* uri) : connection_(uri) {}
 
-  [[nodiscard]] bool open(const GiveUp& giveUp) override {
-    return connection_.isOpen() || note(connection_.open(giveUp));
-  }
+  [[nodiscard]] bool open(const GiveUp& giveUp) override { return note(connection_.open(giveUp)); }
   [[nodiscard]] int descriptor() const override { return connection_.descriptor(); }
   [[nodiscard]] ssize_t write(std::span<const std::uint8_t> bytes) override {
     const ssize_t taken = connection_.write(bytes);
@@ -41,7 +46,7 @@ class SocketLine : public PrinterLine {
     return good;
   }
 
-  Connection& connection_;
+  Connection connection_;
   int error_ = 0;
 };
 
@@ -96,25 +101,13 @@ class DeviceLine : public PrinterLine {
   int error_ = 0;
 };
 
-Connection* connectionOf(pappl_device_t* device) {
-  return static_cast<Connection*>(papplDeviceGetData(device));
-}
-
-bool openSocket(pappl_device_t* device, const char* uri, const char*) {
-  auto connection = std::make_unique<Connection>(uri);
-  // When this fails PAPPL stops the printer and tries again every few seconds.
-  if (!connection->open([] { return false; })) {
-    papplDeviceError(device, "Unable to connect to '%s': %s", uri, systemText(errno).c_str());
-    return false;
-  }
-  papplDeviceSetData(device, connection.release());
+/// PAPPL opens a device with its printer locked, so that nobody can ask for the printer meanwhile: a job connects only
+/// later, in its own thread.
+bool openSocket(pappl_device_t*, const char*, const char*) {
   return true;
 }
 
-void closeSocket(pappl_device_t* device) {
-  delete connectionOf(device);
-  papplDeviceSetData(device, nullptr);
-}
+void closeSocket(pappl_device_t*) {}
 
 /// PAPPL itself writes nothing to a printer: every job goes through a line.
 ssize_t writeSocket(pappl_device_t*, const void*, size_t) {
@@ -130,13 +123,17 @@ ssize_t readSocket(pappl_device_t*, void*, size_t) {
 
 std::unique_ptr<PrinterLine> makeLine(pappl_job_t* job, pappl_device_t* device) {
   const char* const uri = papplPrinterGetDeviceURI(papplJobGetPrinter(job));
-  if (std::string_view(uri).starts_with(SOCKET)) return std::make_unique<SocketLine>(*connectionOf(device));
+  if (std::string_view(uri).starts_with(SOCKET)) return std::make_unique<SocketLine>(uri);
   return std::make_unique<DeviceLine>(job, device);
 }
 
 void addSocketScheme() {
   papplDeviceAddScheme("socket", PAPPL_DEVTYPE_CUSTOM_NETWORK, nullptr, openSocket, closeSocket, readSocket,
                        writeSocket, nullptr, nullptr);
+  // PAPPL adds its own schemes only if there is none before them. Of two with one name it keeps the first.
+  for (void (*const add)() : {_papplDeviceAddFileScheme, _papplDeviceAddNetworkSchemes, _papplDeviceAddUSBScheme}) {
+    if (add != nullptr) add();
+  }
 }
 
 }  // namespace kesto::app

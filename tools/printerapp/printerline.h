@@ -46,8 +46,8 @@ class PrinterLine {
 /// The line to a printer: our own connection for "socket://", otherwise what PAPPL has opened, `device`.
 [[nodiscard]] std::unique_ptr<PrinterLine> makeLine(pappl_job_t* job, pappl_device_t* device);
 
-/// Makes "socket://" a scheme of ours. PAPPL's own writes cannot be ended while a printer takes nothing, so that a job
-/// could not be cancelled. Has to be called before the system is made.
+/// Makes "socket://" a scheme of ours, beside PAPPL's own for other devices. PAPPL's own writes cannot be ended while a
+/// printer takes nothing, so that a job could not be cancelled. Has to be called before the system is made.
 void addSocketScheme();
 
 }  // namespace kesto::app
