@@ -15,15 +15,19 @@ constexpr std::string_view PAGE = "PAGE: ", ERROR = "ERROR: ";
 /// The longest line that is kept; the spooler cuts longer ones as well.
 constexpr std::size_t LINE_LIMIT = 2047;
 
+constexpr std::size_t PIPE_BYTES = std::size_t{64} * 1024, READ_BYTES = 4096;
+
 }  // namespace
 
 void MessageLines::read(int descriptor, const std::function<void(const std::string&)>& line) {
-  std::array<char, 4096> bytes;
-  for (;;) {
+  std::array<char, READ_BYTES> bytes;
+  for (std::size_t left = PIPE_BYTES; left > 0; left -= READ_BYTES) {
     const ssize_t got = ::read(descriptor, bytes.data(), bytes.size());
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0 && errno == EAGAIN) return;
-    if (got <= 0) break;
+    if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
+    if (got <= 0) {
+      ended_ = true;
+      return take(line);
+    }
     for (const char c : std::string_view(bytes.data(), static_cast<std::size_t>(got))) {
       if (c == '\n') {
         take(line);
@@ -32,8 +36,6 @@ void MessageLines::read(int descriptor, const std::function<void(const std::stri
       }
     }
   }
-  ended_ = true;
-  take(line);
 }
 
 void MessageLines::take(const std::function<void(const std::string&)>& line) {

@@ -8,7 +8,8 @@ namespace kesto::app {
 
 class MessageLines {
  public:
-  /// Reads what waits on the descriptor, without waiting, and passes each whole line on. Sets `ended` at the end of the
+  /// Reads what waits on the descriptor, at most as much as a pipe holds, so that somebody who writes without end keeps
+  /// nobody here. Does not wait. Passes each whole line on. Sets `ended` at the end of the
   /// input; a last line without an end is passed on then.
   void read(int descriptor, const std::function<void(const std::string&)>& line);
 
