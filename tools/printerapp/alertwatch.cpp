@@ -4,9 +4,11 @@
 
 #include "base/poll.h"
 #include "printerapp/driver.h"
+#include "printerapp/ending.h"
 #include "printerapp/joborder.h"
 #include "printerapp/numericaddress.h"
 #include "printerapp/printing.h"
+#include "printerapp/state.h"
 #include "statusquery.h"
 
 namespace kesto::app {
@@ -42,17 +44,23 @@ void AlertWatch::watch() {
   const auto stopped = [this] { return stopped_.load(std::memory_order_acquire); };
   for (int round = 1; !pollUntil(stopped, ROUND_TIME); ++round) {
     for (PrinterRecord* record = newestRecord(); record != nullptr && !stopped(); record = record->next) {
-      releaseIdle(*record);
+      serveIdle(*record);
       if (round % ROUNDS_BETWEEN_QUESTIONS == 0) ask(*record);
     }
   }
 }
 
-/// Lets jobs go on that wait for a job which has ended before it began, cancelled or not to be read.
-void AlertWatch::releaseIdle(PrinterRecord& record) {
-  const Turn turn(record, [] { return true; });
-  pappl_printer_t* const printer = record.printer.load(std::memory_order_acquire);
-  if (turn.isTaken() && printer != nullptr && papplPrinterGetState(printer) == IPP_PSTATE_IDLE) releaseWaiting(printer);
+/// Begins jobs that wait for nobody, and has those that came to a stopped printer saved.
+void AlertWatch::serveIdle(PrinterRecord& record) {
+  pappl_system_t* changed = nullptr;
+  {
+    const Turn turn(record, [] { return true; });
+    pappl_printer_t* const printer = record.printer.load(std::memory_order_acquire);
+    if (!turn.isTaken() || printer == nullptr) return;
+    if (newJobWaits(record, printer)) changed = papplPrinterGetSystem(printer);
+    if (papplPrinterGetState(printer) == IPP_PSTATE_IDLE && !isEnding()) beginStalled(record, printer);
+  }
+  if (changed != nullptr) saveState(changed);
 }
 
 /// Asks without having the turn, so that a job which comes meanwhile need not wait for the answer.
@@ -73,9 +81,8 @@ void AlertWatch::ask(PrinterRecord& record) {
 /// 5100.9). The state message itself is one of PAPPL's own texts.
 void AlertWatch::show(PrinterRecord& record, const std::string& alerts) {
   pappl_printer_t* const printer = record.printer.load(std::memory_order_acquire);
-  std::string& shown = shown_[&record];
-  if (printer == nullptr || alerts == shown) return;
-  shown = alerts;
+  if (printer == nullptr || alerts == record.alerts) return;
+  record.alerts = alerts;
   const bool none = alerts.empty();
   papplLogPrinter(printer, PAPPL_LOGLEVEL_WARN, "%s", none ? "The printer reports no error." : alerts.c_str());
   papplPrinterSetReasons(printer, none ? PAPPL_PREASON_NONE : PAPPL_PREASON_OTHER,

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <atomic>
-#include <map>
 #include <string>
 
 #include "base/thread.h"
@@ -25,12 +24,11 @@ class AlertWatch {
 
  private:
   void watch();
-  static void releaseIdle(PrinterRecord& record);
+  static void serveIdle(PrinterRecord& record);
   void ask(PrinterRecord& record);
   void show(PrinterRecord& record, const std::string& alerts);
 
   const Catalogue& catalogue_;
-  std::map<const PrinterRecord*, std::string> shown_;
   std::atomic<bool> stopped_{false};
   Thread thread_;
 };

@@ -13,9 +13,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/poll.h"
+#include "printerapp/alertwatch.h"
 #include "printerapp/documents.h"
 #include "printerapp/driver.h"
+#include "printerapp/ending.h"
 #include "printerapp/printerrecord.h"
 #include "printerapp/state.h"
 
@@ -80,10 +81,15 @@ void printerMade(pappl_printer_t* printer, void*) {
 }
 
 /// Waits until nobody looks at the printer any more.
-void printerGoes(pappl_printer_t*, pappl_pr_driver_data_t* data) {
+void printerGoes(pappl_printer_t* printer, pappl_pr_driver_data_t* data) {
   auto& record = *static_cast<PrinterRecord*>(data->extension);
-  const Turn turn(record, [] { return false; });
+  // PAPPL deletes all printers at its end, with jobs still in them: the state has been saved by then.
+  const bool atEnd = papplSystemIsShutdown(papplPrinterGetSystem(printer));
+  const Turn turn(record, [&] { return atEnd; });
+  if (!turn.isTaken()) _exit(EXIT_SUCCESS);
+  record.held.clear();
   record.printer.store(nullptr, std::memory_order_release);
+  endDeletion(record);
 }
 
 /// The strings of one language in the form that PAPPL loads.
@@ -181,6 +187,8 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (mkdir(setup.spool.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
     return fail(setup.spool + ": " + std::strerror(errno));
   }
+  setup.temporary = setup.spool + "/tmp";
+  if (const std::string fault = emptyFolder(setup.temporary); !fault.empty()) return fail(fault);
   // Whoever listens to others asks them who they are before they may change anything.
   const std::string host = options.get("listen-hostname", "127.0.0.1");
   const bool open = !isLoopback(host);
@@ -217,6 +225,8 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   papplSystemSetPrinterDrivers(system, static_cast<int>(drivers.size()), drivers.data(), chooseDriver, printerMade,
                                describeDriver, &setup);
   restoreState(system, setup.spool);
+  watchForEnd(system);
+  static const AlertWatch watch(setup.catalogue);
   return system;
 }
 

@@ -5,7 +5,6 @@
 #include <system_error>
 
 #include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "argumentlist.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <sys/types.h>
+#include <sys/wait.h>
 
 namespace kesto::app {
 
@@ -32,6 +33,9 @@ class ChildProcess {
 
   /// How it failed ("ended with status 1"); empty when it has succeeded or still runs.
   [[nodiscard]] std::string failure();
+
+  /// True when a signal has ended it.
+  [[nodiscard]] bool wasKilled() const { return status_ != -1 && WIFSIGNALED(status_); }
 
   /// Sends a signal to the group, unless the process has ended.
   void signal(int number);

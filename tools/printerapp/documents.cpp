@@ -100,8 +100,9 @@ std::string sheetFault(const cups_page_header2_t& sheet) {
 }
 
 bool startRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
+  beginOnce(job);
   try {
-    papplJobSetData(job, new RasterJob(theSetup->spool));
+    papplJobSetData(job, new RasterJob(theSetup->temporary));
     return true;
   } catch (const std::exception& error) {
     return refuse(job, std::string("The pages cannot be kept: ") + error.what(), PAPPL_JREASON_ERRORS_DETECTED);
@@ -195,6 +196,7 @@ bool endRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*
 
 /// Passes a job on that is ready for the printer.
 bool printReadyJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t* device) {
+  beginOnce(job);
   const char* const file = papplJobGetFilename(job);
   if (file == nullptr) return refuseWithoutFile(job);
   const FilterCall call = {.commands = {{.program = "/bin/cat", .arguments = {"cat", file}}},
@@ -212,6 +214,7 @@ const char* testPage(pappl_printer_t*, char* buffer, std::size_t size) {
 }  // namespace
 
 bool printDocument(pappl_job_t* job, pappl_device_t* device, void* data) {
+  beginOnce(job);
   const Setup& setup = *static_cast<const Setup*>(data);
   const PrintOptions options(papplJobCreatePrintOptions(job, 0, true), papplJobDeletePrintOptions);
   if (!options) return refuse(job, "The system has no memory left.", PAPPL_JREASON_ERRORS_DETECTED);

@@ -25,6 +25,12 @@ constexpr milliseconds LOOK{100};
 /// is not left in the middle of an image, and is thrown away then.
 constexpr milliseconds CANCEL_TIME{6000}, KILL_TIME{8000};
 
+/// How long a printer may take nothing before people are told.
+constexpr milliseconds STALL_TIME{10000};
+
+/// How long a filter may take to end after its output.
+constexpr milliseconds END_TIME{30000};
+
 /// A process that has lost its reader ends at once.
 constexpr milliseconds ORPHAN_TIME{1000};
 
@@ -51,6 +57,7 @@ RunResult FilterRun::run(PrinterLine& line, JobObserver& observer) {
     if (result != RunResult::DONE) end();
     return result;
   } catch (const std::system_error& error) {
+    ourFault_ = true;
     remark_ = std::string("the filter cannot be started: ") + error.what();
     return RunResult::FAILED;
   }
@@ -82,10 +89,12 @@ RunResult FilterRun::pump(PrinterLine& line, JobObserver& observer) {
     const bool ended = stages_.back().process.hasEnded();  // then its messages are all there
     readMessages(observer);
     if (ended && !maySend()) bytes_.clear();
+    observer.look();
     followCancel(observer);
+    limitEnd();
     feed();
     readOutput();
-    if (!deliver(line)) return RunResult::LINE_LOST;
+    if (!deliver(line, observer)) return RunResult::LINE_LOST;
   }
   readMessages(observer);
   return judge(line, observer);
@@ -143,13 +152,25 @@ void FilterRun::readOutput() {
 }
 
 /// Hands over what the printer takes. False when it is gone.
-bool FilterRun::deliver(PrinterLine& line) {
+bool FilterRun::deliver(PrinterLine& line, JobObserver& observer) {
   if (cancelled_ && Clock::now() - cancelTime_ > CANCEL_TIME) bytes_.clear();
-  if (bytes_.empty() || !maySend()) return true;
+  if (bytes_.empty() || !maySend()) {
+    noteProgress(true, observer);
+    return true;
+  }
   const ssize_t taken = line.write(bytes_);
   if (taken < 0) return false;
+  noteProgress(taken > 0, observer);
   bytes_.erase(bytes_.begin(), bytes_.begin() + taken);
   return true;
+}
+
+/// Reports a printer that takes nothing, once, and once more when it goes on.
+void FilterRun::noteProgress(bool progress, JobObserver& observer) {
+  if (progress) progress_ = Clock::now();
+  const bool stalled = Clock::now() - progress_ > STALL_TIME;
+  if (stalled != stalled_) observer.stalled(stalled);
+  stalled_ = stalled;
 }
 
 /// Ends the filters of a cancelled job as the spooler would: it asks them to, and they close the job in order.
@@ -164,14 +185,28 @@ void FilterRun::followCancel(const JobObserver& observer) {
   }
 }
 
+/// Kills filters that have closed their output, so that nothing more is to be expected of them, and do not end.
+void FilterRun::limitEnd() {
+  if (output_.get() >= 0) return;
+  if (!outputEnd_) outputEnd_ = Clock::now();
+  if (Clock::now() - *outputEnd_ < END_TIME) return;
+  for (Stage& stage : stages_) stage.process.signal(SIGKILL);
+}
+
 /// True when the last filter has ended and nothing is left of its output that goes to the printer.
 bool FilterRun::isOver() {
   return output_.get() < 0 && stages_.back().process.hasEnded() && bytes_.empty();
 }
 
-RunResult FilterRun::judge(PrinterLine& line, const JobObserver& observer) {
-  const auto cancelled = [&] { return observer.isCancelled(); };
-  if (maySend() && !line.finish(cancelled) && !cancelled()) return RunResult::LINE_LOST;
+RunResult FilterRun::judge(PrinterLine& line, JobObserver& observer) {
+  const auto cancelled = [&] {
+    observer.look();
+    noteProgress(false, observer);
+    return observer.isCancelled();
+  };
+  const bool finished = !maySend() || line.finish(cancelled);
+  noteProgress(finished, observer);
+  if (!finished && !cancelled()) return RunResult::LINE_LOST;
   if (cancelled_ || cancelled()) return RunResult::CANCELLED;
   remark_ = stages_.back().messages.error();
   bool failed = !maySend();
@@ -179,6 +214,7 @@ RunResult FilterRun::judge(PrinterLine& line, const JobObserver& observer) {
     const std::string failure = stage.process.failure();
     if (failure.empty()) continue;
     failed = true;
+    ourFault_ = ourFault_ || stage.process.wasKilled();
     if (remark_.empty()) remark_ = "the filter " + failure;
   }
   return failed ? RunResult::FAILED : RunResult::DONE;

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ class JobObserver {
  public:
   virtual ~JobObserver() = default;
   [[nodiscard]] virtual bool isCancelled() const = 0;
+  /// The printer has taken nothing for a while although it was offered something, or takes it again.
+  virtual void stalled(bool still) = 0;
+  /// Called now and then while the job is printed.
+  virtual void look() = 0;
   /// A message of the filter that writes the job, one line without its end. Its warnings are the printer's alerts.
   virtual void message(const std::string& line) = 0;
   /// A message of a filter before it.
@@ -61,18 +66,23 @@ class FilterRun {
   /// have a remark as well: a page that could not be printed.
   [[nodiscard]] const std::string& remark() const { return remark_; }
 
+  /// True when a failure says nothing of the document: a filter was killed or could not be started.
+  [[nodiscard]] bool isOurFault() const { return ourFault_; }
+
  private:
   void start();
   [[nodiscard]] RunResult pump(PrinterLine& line, JobObserver& observer);
   void waitForSomething(const PrinterLine& line) const;
   void feed();
   void readOutput();
-  [[nodiscard]] bool deliver(PrinterLine& line);
+  [[nodiscard]] bool deliver(PrinterLine& line, JobObserver& observer);
   void followCancel(const JobObserver& observer);
+  void limitEnd();
+  void noteProgress(bool progress, JobObserver& observer);
   [[nodiscard]] bool isOver();
   void readMessages(JobObserver& observer);
   [[nodiscard]] bool maySend() const { return call_.ready || stages_.back().messages.pages() > 0; }
-  [[nodiscard]] RunResult judge(PrinterLine& line, const JobObserver& observer);
+  [[nodiscard]] RunResult judge(PrinterLine& line, JobObserver& observer);
   void end();
 
   const FilterCall& call_;
@@ -88,9 +98,13 @@ class FilterRun {
   std::size_t extent_ = 0;           ///< the one being fed
   off_t position_ = 0;               ///< within the file
   std::vector<std::uint8_t> bytes_;  ///< read, and not yet taken by the printer
+  std::chrono::steady_clock::time_point progress_ = std::chrono::steady_clock::now();
+  bool stalled_ = false;
   bool cancelled_ = false;
   std::chrono::steady_clock::time_point cancelTime_;
+  std::optional<std::chrono::steady_clock::time_point> outputEnd_;
   std::string remark_;
+  bool ourFault_ = false;
 };
 
 }  // namespace kesto::app

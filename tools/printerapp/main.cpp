@@ -7,7 +7,6 @@
 
 #include <pappl/pappl.h>
 
-#include "printerapp/alertwatch.h"
 #include "printerapp/application.h"
 #include "printerapp/printerline.h"
 
@@ -36,7 +35,6 @@ int main(int argc, char** argv) {
   signal(SIGPIPE, SIG_IGN);  // a printer or a filter that goes away is an error of one write
   addSocketScheme();
   const auto drivers = driverList(setup);
-  const AlertWatch watch(setup.catalogue);
   return papplMainloop(argc, argv, KESTO_VERSION, "Kesto Printer Application " KESTO_VERSION,
                        static_cast<int>(drivers.size()), drivers.data(), chooseDriver, describeDriver, nullptr, nullptr,
                        makeSystem, nullptr, &setup);

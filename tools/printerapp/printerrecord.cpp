@@ -1,5 +1,7 @@
 #include "printerapp/printerrecord.h"
 
+#include <algorithm>
+
 #include "base/poll.h"
 
 namespace kesto::app {
@@ -25,6 +27,14 @@ PrinterRecord& recordOf(pappl_printer_t* printer) {
   pappl_pr_driver_data_t data;
   papplPrinterGetDriverData(printer, &data);
   return *static_cast<PrinterRecord*>(data.extension);
+}
+
+bool firstTime(PrinterRecord& record, int job) {
+  pollUntil([&] { return !record.noting.exchange(true, std::memory_order_acquire); });
+  const bool first = std::ranges::find(record.begun, job) == record.begun.end();
+  if (first) record.begun[record.begunCount++ % record.begun.size()] = job;
+  record.noting.store(false, std::memory_order_release);
+  return first;
 }
 
 Turn::Turn(PrinterRecord& record, const std::function<bool()>& giveUp) : record_(record) {

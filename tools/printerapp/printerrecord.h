@@ -4,8 +4,11 @@
 // whether its printer is still there; `Turn` keeps it there.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <functional>
+#include <set>
+#include <string>
 
 #include <pappl/pappl.h>
 
@@ -15,7 +18,21 @@ namespace kesto::app {
 struct PrinterRecord {
   std::atomic<bool> busy{false};                   ///< somebody has the turn
   std::atomic<pappl_printer_t*> printer{nullptr};  ///< null before it is made and after it is deleted
+  std::atomic<bool> suspended{false};              ///< its job waits for the application's end, and has the turn
   PrinterRecord* next = nullptr;                   ///< the record made before this one
+
+  // For whoever has the turn:
+  std::set<int> held;     ///< jobs that wait for their order
+  std::string alerts;     ///< shown to clients
+  int stalled = 0;        ///< the oldest job that has been seen to wait for nothing
+  int newestWaiting = 0;  ///< when the state was last saved
+
+  bool blocksSaving = false;  ///< for whoever deletes the printer
+
+  // For firstTime alone:
+  std::atomic<bool> noting{false};
+  std::array<int, 64> begun{};  ///< the jobs that were begun last
+  std::size_t begunCount = 0;
 };
 
 /// A new record, among those that `newestRecord` leads to.
@@ -25,6 +42,10 @@ struct PrinterRecord {
 [[nodiscard]] PrinterRecord* newestRecord();
 
 [[nodiscard]] PrinterRecord& recordOf(pappl_printer_t* printer);
+
+/// False when the job has been begun before. PAPPL 1.3 marks a job as begun in the job's own thread: when one job ends
+/// while another arrives, it may start two threads for a third. Any thread.
+[[nodiscard]] bool firstTime(PrinterRecord& record, int job);
 
 /// One user of a printer at a time: a job, or the watch that shows its alerts. PAPPL lets the rasters of two clients
 /// through together.

@@ -15,6 +15,7 @@ struct Setup {
   Catalogue catalogue;
   std::string serverBin;  ///< the spooler's folder of programs, with the filters in "filter"
   std::string spool;      ///< the folder of jobs and state
+  std::string temporary;  ///< the folder of what a job needs while it is printed
   std::string testPage;   ///< a PDF
 };
 
@@ -31,6 +32,9 @@ struct Setup {
 
 /// How PAPPL counts the pages of a job.
 enum class Pages { COUNTED_HERE, COUNTED_BY_PAPPL };
+
+/// Ends the thread when another one has begun the job already. For the start of each callback that begins a job.
+void beginOnce(pappl_job_t* job);
 
 /// Prints a job and returns true when the printer has it, or when it was cancelled. Two jobs of a printer wait for each
 /// other. A printer that goes away is waited for; the job then begins anew, and says so. The job's message and reasons,
