@@ -164,9 +164,9 @@ JobEnd PrinterApp::waitFor(const std::string& printer, int job) {
 
 std::vector<std::string> PrinterApp::leftovers() const {
   std::vector<std::string> found;
-  for (const auto& entry : fs::directory_iterator(folder_.path() + "/spool")) {
+  for (const auto& entry : fs::recursive_directory_iterator(folder_.path() + "/spool")) {
     const std::string name = entry.path().filename();
-    if (!name.starts_with("printers.state")) found.push_back(name);
+    if (!name.starts_with("printers.state") && !entry.is_directory()) found.push_back(name);
   }
   for (const auto& task : fs::directory_iterator("/proc/" + std::to_string(process_->pid()) + "/task")) {
     const auto children = contentOf<std::string>(task.path() / "children");
