@@ -60,6 +60,10 @@ PrinterApp::PrinterApp() : port_(freePort()) {
   }
   fs::create_symlink(KESTO_FILTER, filters / "pdftokesto");
   fs::create_symlink(KESTO_RASTER_FILTER, filters / "rastertokesto");
+  start();
+}
+
+void PrinterApp::start() {
   process_ = std::make_unique<Process>(command());
   for (int i = 0; i < 200; ++i) {
     if (connectTo(port_)) return;
@@ -147,19 +151,69 @@ JobEnd PrinterApp::print(const std::string& printer, ipp_t* request, const std::
   return waitFor(printer, job);
 }
 
-JobEnd PrinterApp::waitFor(const std::string& printer, int job) {
+std::unique_ptr<ipp_t, decltype(&ippDelete)> PrinterApp::askFor(ipp_op_t operation, const std::string& printer,
+                                                                int job) {
+  ipp_t* const request = ippNewRequest(operation);
+  ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri(printer).c_str());
+  if (job != 0) ippAddInteger(request, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", job);
+  ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, "tester");
+  return ask(request, "/ipp/print/" + printer);
+}
+
+int PrinterApp::submit(const std::string& printer, const std::string& document, const std::string& type) {
+  const TemporaryFolder folder;
+  const auto answer =
+      ask(printRequest(printer, type, "A title"), "/ipp/print/" + printer, folder.write("document", document));
+  return numberOf(answer.get(), "job-id");
+}
+
+JobEnd PrinterApp::waitFor(const std::string& printer, int job, const std::string& text) {
   JobEnd end{.id = job, .state = IPP_JSTATE_PENDING, .message = ""};
-  for (int i = 0; i < 1200 && end.state < IPP_JSTATE_CANCELED; ++i) {
+  const auto said = [&] { return !text.empty() && end.message.find(text) != std::string::npos; };
+  for (int i = 0; i < 1200 && end.state < IPP_JSTATE_CANCELED && !said(); ++i) {
     std::this_thread::sleep_for(milliseconds(50));
-    ipp_t* const request = ippNewRequest(IPP_OP_GET_JOB_ATTRIBUTES);
-    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri(printer).c_str());
-    ippAddInteger(request, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", job);
-    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, "tester");
-    const auto answer = ask(request, "/ipp/print/" + printer);
+    const auto answer = askFor(IPP_OP_GET_JOB_ATTRIBUTES, printer, job);
     end.state = static_cast<ipp_jstate_t>(numberOf(answer.get(), "job-state"));
     end.message = textOf(answer.get(), "job-state-message");
   }
   return end;
+}
+
+void PrinterApp::cancel(const std::string& printer, int job) {
+  askFor(IPP_OP_CANCEL_JOB, printer, job);
+}
+
+std::string PrinterApp::valuesOf(const std::string& printer, const std::string& name) {
+  const auto answer = askFor(IPP_OP_GET_PRINTER_ATTRIBUTES, printer);
+  std::string text;
+  ipp_attribute_t* const found = ippFindAttribute(answer.get(), name.c_str(), IPP_TAG_ZERO);
+  for (int i = 0; i < ippGetCount(found); ++i) {
+    if (i > 0) text += ',';
+    text += ippGetString(found, i, nullptr);
+  }
+  return text;
+}
+
+void PrinterApp::restart(int signal) {
+  process_->signal(signal);
+  process_->finish();
+  start();
+}
+
+bool PrinterApp::remembers(int job) const {
+  const std::string line = " id=\"" + std::to_string(job) + "\" ";
+  for (int i = 0; i < 100; ++i) {
+    if (contentOf<std::string>(folder_.path() + "/spool/printers.state").find(line) != std::string::npos) return true;
+    std::this_thread::sleep_for(milliseconds(20));
+  }
+  return false;
+}
+
+void PrinterApp::replaceFilter(const std::string& name, const std::string& script) {
+  const fs::path path = folder_.path() + "/bin/filter/" + name;
+  fs::remove(path);
+  fs::rename(folder_.write("script", script), path);
+  fs::permissions(path, fs::perms::owner_all);
 }
 
 std::vector<std::string> PrinterApp::leftovers() const {

@@ -42,6 +42,29 @@ class PrinterApp {
   JobEnd print(const std::string& printer, const std::string& document, const std::string& type,
                const Wishes& wishes = {});
 
+  /// Sends a document and returns the job's number.
+  int submit(const std::string& printer, const std::string& document, const std::string& type);
+
+  /// Looks until the job is over or has the text in its message, and returns what has become of it, after a minute at
+  /// the latest.
+  JobEnd waitFor(const std::string& printer, int job, const std::string& text = "");
+
+  void cancel(const std::string& printer, int job);
+
+  /// The texts of one of the printer's attributes, separated by commas.
+  [[nodiscard]] std::string valuesOf(const std::string& printer, const std::string& name);
+
+  /// Ends the application by a signal, waits for its end, and starts it anew.
+  void restart(int signal);
+
+  /// True when the job is found after a restart: it is written down a moment after it has come.
+  [[nodiscard]] bool remembers(int job) const;
+
+  /// Puts a program in the place of a filter.
+  void replaceFilter(const std::string& name, const std::string& script);
+
+  [[nodiscard]] int pid() const { return process_->pid(); }
+
   /// The same for a request that is made already: a Print-Job whose printer is `printer`.
   JobEnd print(const std::string& printer, ipp_t* request, const std::string& document);
 
@@ -56,7 +79,8 @@ class PrinterApp {
 
  private:
   [[nodiscard]] Command command() const;
-  JobEnd waitFor(const std::string& printer, int job);
+  void start();
+  std::unique_ptr<ipp_t, decltype(&ippDelete)> askFor(ipp_op_t operation, const std::string& printer, int job = 0);
 
   TemporaryFolder folder_;
   int port_;

@@ -29,7 +29,7 @@ constexpr milliseconds CANCEL_TIME{6000}, KILL_TIME{8000};
 constexpr milliseconds STALL_TIME{10000};
 
 /// How long a filter may take to end after its output.
-constexpr milliseconds END_TIME{30000};
+constexpr milliseconds END_TIME{10000};
 
 /// A process that has lost its reader ends at once.
 constexpr milliseconds ORPHAN_TIME{1000};

@@ -30,29 +30,24 @@ constexpr milliseconds RETRY_TIME{5000}, LONGEST_RETRY_TIME{60000};
 /// How often jobs are looked for that came while another one is printed.
 constexpr milliseconds SAVE_TIME{200};
 
-/// A file beside the job's own that is there while the job is printed. Found at the start it says that the application
-/// was ended in the middle of the job.
+/// A file beside the job's own that is there from the first byte for the printer until the job is over. Found before
+/// that it says that the application was ended in the middle of the job.
 class Marker {
  public:
-  explicit Marker(pappl_job_t* job) : job_(job) {
-    const int before = open("r");
-    wasThere_ = before >= 0;
-    if (wasThere_) close(before);
-    const int file = open("w");
-    if (file >= 0) close(file);
-  }
+  explicit Marker(pappl_job_t* job) : job_(job), wasThere_(open("r")) {}
   Marker(const Marker&) = delete;
   Marker& operator=(const Marker&) = delete;
   ~Marker() { open("x"); }
   [[nodiscard]] bool wasThere() const { return wasThere_; }
+  void set() { open("w"); }
 
  private:
-  int open(const char* mode) {
+  bool open(const char* mode) {
     std::array<char, 1024> name;
-    return papplJobOpenFile(job_, name.data(), name.size(), nullptr, "printing", mode);
+    return Descriptor(papplJobOpenFile(job_, name.data(), name.size(), nullptr, "printing", mode)).get() >= 0;
   }
   pappl_job_t* job_;
-  bool wasThere_ = false;
+  bool wasThere_;
 };
 
 /// A kind of message line, and where it goes.
@@ -146,7 +141,7 @@ class JobReport : public JobObserver {
 class Delivery {
  public:
   Delivery(pappl_job_t* job, PrinterRecord& record, PrinterLine& line, JobReport& report)
-      : job_(job), printer_(papplJobGetPrinter(job)), record_(record), line_(line), report_(report) {}
+      : job_(job), printer_(papplJobGetPrinter(job)), record_(record), line_(line), report_(report), marker_(job) {}
 
   /// Opens the line. Waits for a printer that is not there until it is, and shows it as offline meanwhile; before the
   /// first look passes `pause`. False when the job is cancelled or the printer deleted.
@@ -170,8 +165,13 @@ class Delivery {
 
   /// Runs the filters until the printer has everything. True when the job counts as printed.
   [[nodiscard]] bool make(const FilterCall& call) {
+    if (marker_.wasThere()) {
+      report_.tellBeginning(
+          "The application was ended while it printed this job, which now begins anew: pages may come twice.");
+    }
     milliseconds pause{0};
     while (reach(pause)) {
+      marker_.set();
       FilterRun run(call);
       const RunResult result = run.run(line_, report_);
       report_.setPrinterReason(false);
@@ -213,6 +213,7 @@ class Delivery {
   PrinterRecord& record_;
   PrinterLine& line_;
   JobReport& report_;
+  Marker marker_;
 };
 
 }  // namespace
@@ -267,11 +268,6 @@ bool printJob(pappl_job_t* job, pappl_device_t* device, const FilterCall& call, 
   releaseWaiting(record, printer);
   static_cast<void>(newJobWaits(record, printer));
   saveState(papplPrinterGetSystem(printer));  // so that the job is not forgotten if the application ends now
-  const Marker marker(job);
-  if (marker.wasThere()) {
-    report.tellBeginning(
-        "The application was ended while it printed this job, which now begins anew: pages may come twice.");
-  }
   const auto line = makeLine(job, device);
   const bool printed = Delivery(job, record, *line, report).make(call);
   leaveTurnToOldest(record, printer);

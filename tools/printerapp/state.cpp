@@ -84,7 +84,9 @@ void removeOldFiles(pappl_system_t* system, const std::string& folder) {
     JobKey key;
     int end = 0;
     std::sscanf(entry.path().filename().c_str(), "p%dj%d-%n", &key.first, &key.second, &end);
-    if (end > 0 && !waiting.contains(key)) std::filesystem::remove(entry.path(), ignored);
+    if (end == 0 || waiting.contains(key)) continue;
+    papplLog(system, PAPPL_LOGLEVEL_WARN, "Removing %s, which no job waits for.", entry.path().c_str());
+    std::filesystem::remove(entry.path(), ignored);
   }
 }
 
