@@ -169,7 +169,7 @@ TEST_F(PrinterApplication, PrintsAPdfAsAQueueDoes) {
     Wishes all = wishes;
     all["media"] = "iso_a4_210x297mm";
     const Job job = printed(pdf, PDF, all);
-    const auto filter = [&](const char* program, const std::string& input) {
+    const auto filter = [&, options = options](const char* program, const std::string& input) {
       return run({.program = program,
                   .arguments = {"Office", "1", "tester", "A title", "1", options},
                   .environment = {{"PPD", KESTO_PPD}, {"TMPDIR", folder_.path()}, {"PATH", "/usr/bin:/bin"}},

@@ -34,17 +34,17 @@ constexpr milliseconds SAVE_TIME{200};
 /// that it says that the application was ended in the middle of the job.
 class Marker {
  public:
-  explicit Marker(pappl_job_t* job) : job_(job), wasThere_(open("r")) {}
+  explicit Marker(pappl_job_t* job) : job_(job), wasThere_(Descriptor(open("r")).get() >= 0) {}
   Marker(const Marker&) = delete;
   Marker& operator=(const Marker&) = delete;
-  ~Marker() { open("x"); }
+  ~Marker() { open("x"); }  // removes it; what comes back is no descriptor
   [[nodiscard]] bool wasThere() const { return wasThere_; }
-  void set() { open("w"); }
+  void set() { const Descriptor made(open("w")); }
 
  private:
-  bool open(const char* mode) {
+  int open(const char* mode) {
     std::array<char, 1024> name;
-    return Descriptor(papplJobOpenFile(job_, name.data(), name.size(), nullptr, "printing", mode)).get() >= 0;
+    return papplJobOpenFile(job_, name.data(), name.size(), nullptr, "printing", mode);
   }
   pappl_job_t* job_;
   bool wasThere_;
