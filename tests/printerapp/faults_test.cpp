@@ -202,6 +202,7 @@ TEST(Faults, ManyClientsGetEachJobPrintedOnce) {
     }
   };
   std::vector<std::thread> clients;
+  clients.reserve(CLIENTS);
   for (int client = 0; client < CLIENTS; ++client) clients.emplace_back(send, client);
   for (std::thread& client : clients) client.join();
   EXPECT_EQ(printed, CLIENTS * JOBS);

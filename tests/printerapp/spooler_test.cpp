@@ -75,11 +75,12 @@ TEST_F(BesideTheSpooler, PassesTheSpoolersConformanceTests) {
   if (!fs::exists(TOOL)) GTEST_SKIP() << "cups-ipp-utils is not installed";
   gatherSuites(folder_.path());
   std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // a printer is to be up for a whole second
-  const Outcome outcome = run({.program = TOOL,
-                               .arguments = {"ipptool", "-tIR", "-T", "30", "-f", KESTO_EXAMPLES "/sample.pdf",
-                                             app_.uri("Office"), folder_.path() + "/ipp-everywhere.test"},
-                               .environment = {{"PATH", "/usr/bin:/bin"}, {"HOME", folder_.path()}, {"LC_ALL", "C"}},
-                               .timeout = std::chrono::minutes(5)});
+  const Outcome outcome =
+      run({.program = TOOL,
+           .arguments = {"ipptool", "-tIR", "-T", "30", "-f", std::string(KESTO_EXAMPLES) + "/sample.pdf",
+                         app_.uri("Office"), folder_.path() + "/ipp-everywhere.test"},
+           .environment = {{"PATH", "/usr/bin:/bin"}, {"HOME", folder_.path()}, {"LC_ALL", "C"}},
+           .timeout = std::chrono::minutes(5)});
   const std::string contents(outcome.output.begin(), outcome.output.end());
   std::istringstream lines(contents);
   int passed = 0, failed = 0, explained = 0;

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,11 +55,17 @@ class Options {
   cups_option_t* options_;
 };
 
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): the program sets no variable
+  return value != nullptr ? value : "";
+}
+
+/// Where the state and the jobs are kept unless an option says otherwise; empty where no place is known.
 std::string defaultSpool() {
   if (geteuid() == 0) return std::string("/var/spool/") + PROGRAM;
-  const char *const data = std::getenv("XDG_STATE_HOME"), *const home = std::getenv("HOME");
-  if (data != nullptr && *data == '/') return std::string(data) + "/" + PROGRAM;
-  return std::string(home != nullptr ? home : "/tmp") + "/." + PROGRAM;
+  const std::string data = variable("XDG_STATE_HOME"), home = variable("HOME");
+  if (data.starts_with('/')) return data + "/" + PROGRAM;
+  return home.empty() ? "" : home + "/." + PROGRAM;
 }
 
 bool isLoopback(std::string_view host) {
@@ -184,8 +191,9 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (found == std::end(LEVELS)) return fail("log-level takes fatal, error, warn, info or debug, not '" + level + "'");
 
   setup.spool = options.get("spool-directory", defaultSpool());
+  if (setup.spool.empty()) return fail("HOME is not set: spool-directory has to say where jobs are kept");
   if (mkdir(setup.spool.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-    return fail(setup.spool + ": " + std::strerror(errno));
+    return fail(setup.spool + ": " + std::generic_category().message(errno));
   }
   setup.temporary = setup.spool + "/tmp";
   if (const std::string fault = emptyFolder(setup.temporary); !fault.empty()) return fail(fault);

@@ -80,6 +80,8 @@ bool hasOwnHeader(pappl_job_t* job, const pappl_pr_options_t& options) {
   if (!own) return false;
   unsigned* const numbers = own->header.cupsInteger;
   numbers[CUPS_RASTER_PWG_TotalPageCount] = options.header.cupsInteger[CUPS_RASTER_PWG_TotalPageCount];
+  // Made by the same function, they are alike to the byte.
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
   return std::memcmp(&own->header, &options.header, sizeof own->header) == 0;
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 /// The variable's value, or what the program was built with.
 std::string folder(const char* variable, const char* installed) {
-  const char* const value = std::getenv(variable);
+  const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread as yet
   return value != nullptr && *value == '/' ? value : installed;
 }
 

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <string_view>
 #include <system_error>
 
@@ -20,12 +19,8 @@ namespace {
 
 constexpr std::string_view SOCKET = "socket://";
 
-std::string systemText(int error) {
-  return std::generic_category().message(error);
-}
-
 /// A connection of its own for each job.
-class SocketLine : public PrinterLine {
+class SocketLine final : public PrinterLine {
  public:
   explicit SocketLine(const char* uri) : connection_(uri) {}
 
@@ -38,7 +33,7 @@ class SocketLine : public PrinterLine {
   }
   [[nodiscard]] bool finish(const GiveUp& giveUp) override { return note(connection_.finish(giveUp)); }
   void drop() override { connection_.close(); }
-  [[nodiscard]] std::string reason() const override { return systemText(error_); }
+  [[nodiscard]] std::string reason() const override { return std::generic_category().message(error_); }
 
  private:
   bool note(bool good) {
@@ -51,7 +46,7 @@ class SocketLine : public PrinterLine {
 };
 
 /// A device of PAPPL's: USB or a file. PAPPL has opened it for the job; once lost, it is opened anew.
-class DeviceLine : public PrinterLine {
+class DeviceLine final : public PrinterLine {
  public:
   DeviceLine(pappl_job_t* job, pappl_device_t* device) : job_(job), device_(device), before_(bytesOf(device)) {}
   ~DeviceLine() override { drop(); }
@@ -84,7 +79,9 @@ class DeviceLine : public PrinterLine {
     papplDeviceClose(own_);
     own_ = device_ = nullptr;
   }
-  [[nodiscard]] std::string reason() const override { return error_ != 0 ? systemText(error_) : "it is not there"; }
+  [[nodiscard]] std::string reason() const override {
+    return error_ != 0 ? std::generic_category().message(error_) : "it is not there";
+  }
 
  private:
   static std::size_t bytesOf(pappl_device_t* device) {

@@ -5,11 +5,11 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "base/poll.h"
@@ -138,7 +138,7 @@ void saveWhole(pappl_system_t* system) {
   const int error = errno;
   if (state.saved && isWhole(fresh) && std::rename(fresh.c_str(), stateFile.c_str()) == 0) return;
   papplLog(system, PAPPL_LOGLEVEL_ERROR, "Unable to save '%s': %s", stateFile.c_str(),
-           error != 0 ? std::strerror(error) : "it is not whole");
+           error != 0 ? std::generic_category().message(error).c_str() : "it is not whole");
 }
 
 /// Called in the thread that deletes a printer, just before it does so.
