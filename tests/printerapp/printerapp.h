@@ -72,13 +72,14 @@ class PrinterApp {
   [[nodiscard]] ipp_t* printRequest(const std::string& printer, const std::string& type,
                                     const std::string& title) const;
 
-  /// What is left of jobs: files in the spool folder, and child processes.
+  /// What is left of jobs: files in the spool folder, and child processes; and what a sanitizer has reported.
   [[nodiscard]] std::vector<std::string> leftovers() const;
 
   [[nodiscard]] std::string log() const;
 
  private:
   [[nodiscard]] Command command() const;
+  [[nodiscard]] std::vector<std::string> remains() const;
   void start();
   std::unique_ptr<ipp_t, decltype(&ippDelete)> askFor(ipp_op_t operation, const std::string& printer, int job = 0);
 
