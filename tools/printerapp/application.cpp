@@ -72,9 +72,10 @@ bool isLoopback(std::string_view host) {
   return host == "localhost" || host.starts_with("127.") || host == "[::1]" || host.starts_with('/');
 }
 
-pappl_system_t* fail(const std::string& reason) {
+/// Ends the program with one line; PAPPL would add one that says less.
+[[noreturn]] void fail(const std::string& reason) {
   std::fprintf(stderr, "%s: %s\n", PROGRAM, reason.c_str());
-  return nullptr;
+  _exit(EXIT_FAILURE);
 }
 
 /// A job that is ready for the printer begins as the filter's jobs do.
@@ -185,24 +186,24 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   int port = 0;
   const auto parsed = std::from_chars(portText.data(), portText.data() + portText.size(), port);
   if (parsed.ec != std::errc() || *parsed.ptr != '\0' || port < 1 || port > 65535) {
-    return fail("server-port takes a number from 1 to 65535, not '" + portText + "'");
+    fail("server-port takes a number from 1 to 65535, not '" + portText + "'");
   }
   const auto* const found = std::ranges::find(LEVELS, level, &Level::name);
-  if (found == std::end(LEVELS)) return fail("log-level takes fatal, error, warn, info or debug, not '" + level + "'");
+  if (found == std::end(LEVELS)) fail("log-level takes fatal, error, warn, info or debug, not '" + level + "'");
 
   setup.spool = options.get("spool-directory", defaultSpool());
-  if (setup.spool.empty()) return fail("HOME is not set: spool-directory has to say where jobs are kept");
+  if (setup.spool.empty()) fail("HOME is not set: spool-directory has to say where jobs are kept");
   if (mkdir(setup.spool.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-    return fail(setup.spool + ": " + std::generic_category().message(errno));
+    fail(setup.spool + ": " + std::generic_category().message(errno));
   }
   setup.temporary = setup.spool + "/tmp";
-  if (const std::string fault = emptyFolder(setup.temporary); !fault.empty()) return fail(fault);
+  if (const std::string fault = emptyFolder(setup.temporary); !fault.empty()) fail(fault);
   // Whoever listens to others asks them who they are before they may change anything.
   const std::string host = options.get("listen-hostname", "127.0.0.1");
   const bool open = !isLoopback(host);
   const std::string authentication = options.get("auth-service", open ? AUTHENTICATION_SERVICE : "none");
   if (open && authentication == "none") {
-    return fail("without an auth-service only this machine may be listened to, not '" + host + "'");
+    fail("without an auth-service only this machine may be listened to, not '" + host + "'");
   }
   // PAPPL 1.3 locks itself out when it begins a new log file and standard error is one that is long already: there it
   // may say nothing before that is switched off.
@@ -213,14 +214,13 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
                             (open ? PAPPL_SOPTIONS_WEB_REMOTE | PAPPL_SOPTIONS_WEB_TLS : PAPPL_SOPTIONS_NO_TLS),
                         TITLE, port, "_print,_universal", setup.spool.c_str(), log.c_str(),
                         toStandardError ? PAPPL_LOGLEVEL_FATAL : found->level, authentication.c_str(), false);
-  if (system == nullptr) return fail("the system cannot be made");
+  if (system == nullptr) fail("the system cannot be made");
   if (toStandardError) papplSystemSetMaxLogSize(system, 0);
   papplSystemSetLogLevel(system, found->level);
   if (const char* const group = options.get("admin-group")) papplSystemSetAdminGroup(system, group);
   if (const char* const name = options.get("server-hostname")) papplSystemSetHostName(system, name);
   if (options.get("private-server") == nullptr && !papplSystemAddListeners(system, host.c_str())) {
-    papplSystemDelete(system);
-    return fail("'" + host + "' port " + portText + " cannot be listened to");
+    fail("'" + host + "' port " + portText + " cannot be listened to");
   }
   pappl_version_t numbers = version();
   papplSystemSetVersions(system, 1, &numbers);

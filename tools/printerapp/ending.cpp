@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 
 #include <unistd.h>
 
@@ -58,13 +59,25 @@ void* waitForEnd(void* data) {
   _exit(EXIT_SUCCESS);  // PAPPL's threads still run
 }
 
+/// Called by PAPPL's main loop, once a second. Asked to shut down while it has jobs, even such as wait for a printer,
+/// the server ends as by a signal; the main loop stays here, so that it frees nothing meanwhile.
+bool followShutdown(pappl_system_t* system, void*) {
+  if (!papplSystemIsShutdown(system)) return true;
+  kill(getpid(), SIGTERM);
+  for (;;) detail::sleepOnce(std::chrono::seconds{1});
+}
+
 }  // namespace
 
 void watchForEnd(pappl_system_t* system) {
   static Thread thread;
   const sigset_t set = endSignals();
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  if (thread.start(waitForEnd, system) != 0) pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+  if (thread.start(waitForEnd, system) != 0) {
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    return;
+  }
+  papplSystemAddTimerCallback(system, std::time(nullptr), 1, followShutdown, nullptr);
 }
 
 bool isEnding() {

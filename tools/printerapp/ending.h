@@ -1,4 +1,4 @@
-// The end of the server: SIGTERM and SIGINT.
+// The end of the server: SIGTERM, SIGINT, and a client that asks for it.
 //
 // PAPPL would go on with all jobs that wait, end after a minute at the latest, and free what its threads still use.
 // Here no job begins any more; what is being printed has time to end and is then broken off in order. The next start
@@ -11,8 +11,8 @@
 
 namespace kesto::app {
 
-/// Keeps the two signals from this thread and those that it starts, and waits for them in one of its own. To be called
-/// once, before the system runs; the system is for good.
+/// Keeps the two signals from this thread and those that it starts, and waits for them in one of its own; looks for a
+/// client's wish every second. To be called once, before the system runs; the system is for good.
 void watchForEnd(pappl_system_t* system);
 
 /// True from the signal on: no job begins. Any thread.
