@@ -84,8 +84,18 @@ const char* recognise(const unsigned char* header, std::size_t size, void*) {
   return size >= START.size() && std::memcmp(header, START.data(), START.size()) == 0 ? PRINTER_FORMAT : nullptr;
 }
 
-void printerMade(pappl_printer_t* printer, void*) {
+/// Announces a printer by mDNS, or takes its name away where nobody could reach it. PAPPL announces printers when it
+/// starts and those of the web page; one of the command line only when it is named anew.
+void announce(pappl_printer_t* printer, void* data) {
+  std::array<char, 64> name;
+  const bool named = papplPrinterGetDNSSDName(printer, name.data(), name.size()) != nullptr;
+  const bool reachable = static_cast<const Setup*>(data)->reachable;
+  if (named) papplPrinterSetDNSSDName(printer, reachable ? name.data() : nullptr);
+}
+
+void printerMade(pappl_printer_t* printer, void* data) {
   recordOf(printer).printer.store(printer, std::memory_order_release);
+  announce(printer, data);
 }
 
 /// Waits until nobody looks at the printer any more.
@@ -200,7 +210,7 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (const std::string fault = emptyFolder(setup.temporary); !fault.empty()) fail(fault);
   // Whoever listens to others asks them who they are before they may change anything.
   const std::string host = options.get("listen-hostname", "127.0.0.1");
-  const bool open = !isLoopback(host);
+  const bool open = setup.reachable = !isLoopback(host);
   const std::string authentication = options.get("auth-service", open ? AUTHENTICATION_SERVICE : "none");
   if (open && authentication == "none") {
     fail("without an auth-service only this machine may be listened to, not '" + host + "'");
@@ -233,6 +243,8 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   papplSystemSetPrinterDrivers(system, static_cast<int>(drivers.size()), drivers.data(), chooseDriver, printerMade,
                                describeDriver, &setup);
   restoreState(system, setup.spool);
+  papplSystemIteratePrinters(system, announce, &setup);
+  if (!open) papplSystemSetDNSSDName(system, nullptr);
   watchForEnd(system);
   static const AlertWatch watch(setup.catalogue);
   return system;

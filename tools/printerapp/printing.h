@@ -13,10 +13,11 @@ namespace kesto::app {
 /// What the application needs to know everywhere. It does not change once the system runs.
 struct Setup {
   Catalogue catalogue;
-  std::string serverBin;  ///< the spooler's folder of programs, with the filters in "filter"
-  std::string spool;      ///< the folder of jobs and state
-  std::string temporary;  ///< the folder of what a job needs while it is printed
-  std::string testPage;   ///< a PDF
+  std::string serverBin;   ///< the spooler's folder of programs, with the filters in "filter"
+  std::string spool;       ///< the folder of jobs and state
+  std::string temporary;   ///< the folder of what a job needs while it is printed
+  std::string testPage;    ///< a PDF
+  bool reachable = false;  ///< from other machines
 };
 
 /// The text of a job or printer for a filter's arguments: without control characters and quotation marks, which would
