@@ -10,9 +10,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "argumentlist.h"
 #include "filter/document/renderer.h"
 #include "jobsettings/jobsettings.h"
-#include "support/argumentlist.h"
 #include "support/raster.h"
 #include "support/standardinput.h"
 
@@ -39,7 +39,7 @@ class PageReading : public testing::Test, private BlockTaker {
     expected_ = test::pixelsOf(page);
     std::ofstream(recipe_) << page << '\n';
     std::vector<std::string> arguments{"Test", "1", "test", "Test", "1", ""};
-    renderer_.emplace(KESTO_STANDIN_SERVERBIN, test::pointers(arguments).data(), recipe_);
+    renderer_.emplace(KESTO_STANDIN_SERVERBIN, tools::pointersTo(arguments).data(), recipe_);
     raster_.emplace(*renderer_);
     EXPECT_TRUE(raster_->readHeader());
     place_.resize(GEOMETRY.blockBytes());

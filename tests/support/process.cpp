@@ -17,7 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/argumentlist.h"
+#include "argumentlist.h"
 
 namespace kesto::test {
 namespace {
@@ -66,8 +66,8 @@ double processorSeconds(clockid_t clock) {
 Process::Process(const Command& command) : command_(command), start_(std::chrono::steady_clock::now()) {
   std::vector<std::string> environment;
   for (const auto& [name, value] : command_.environment) environment.emplace_back(name).append("=").append(value);
-  const auto arguments = pointers(command_.arguments);
-  const auto variables = pointers(environment);
+  const auto arguments = tools::pointersTo(command_.arguments);
+  const auto variables = tools::pointersTo(environment);
   const auto in = makePipe();
   const auto out = makePipe();
   const auto log = makePipe();
