@@ -121,13 +121,13 @@ Finding checkDevice(Examination& examination) {
       examination.command("lpadmin", "-p " + examination.queueWord() + " -v DEVICE-URI    (" +
                                          examination.command("lpinfo", "-v") + " lists the devices)");
   UriParts parts;
-  if (!parts.read(uri)) return wrong("the device URI says nothing: " + quoted(uri), mend);
+  if (!parts.read(uri)) return wrong("the device URI says nothing: " + inQuotes(uri), mend);
   examination.device.scheme = parts.scheme.data();
   const std::string& scheme = examination.device.scheme;
   if (scheme == "file") return checkFileDevice(parts.resource.data(), mend);
   const auto* const connection = std::ranges::find(CONNECTIONS, scheme, &Connection::scheme);
   if (connection == std::end(CONNECTIONS)) {
-    return good("the printer is reached by the backend " + quoted(scheme) + ", which is not known here");
+    return good("the printer is reached by the backend " + inQuotes(scheme) + ", which is not known here");
   }
   if (!connection->hasHost) return good(connection->words);
   examination.device.host = parts.host.data();

@@ -123,7 +123,7 @@ Finding checkPpd(Examination& examination) {
   if (!examination.queuePpd) return wrong("the queue has no PPD, so it does not use this driver", mend);
   const std::string &ours = *examination.driverPpd, &its = *examination.queuePpd;
   if (valueOf(its, "NickName") != valueOf(ours, "NickName")) {
-    return wrong("the queue uses another driver: " + quoted(valueOf(its, "NickName")), mend);
+    return wrong("the queue uses another driver: " + inQuotes(valueOf(its, "NickName")), mend);
   }
   const std::string version = plain(valueOf(its, "FileVersion"));
   if (version != plain(valueOf(ours, "FileVersion"))) {

@@ -20,7 +20,7 @@ std::string nameOf(const Examination& examination, const Job& job) {
 
 /// What was last said of the job.
 std::string messageOf(const Job& job) {
-  return job.message.empty() ? "" : ": " + quoted(job.message);
+  return job.message.empty() ? "" : ": " + inQuotes(job.message);
 }
 
 /// The same and the spooler's reasons, which mean little in a job that is well.

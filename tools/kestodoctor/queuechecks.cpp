@@ -19,7 +19,7 @@ Finding checkQueue(Examination& examination) {
   }
   const auto queue = examination.spooler.queue(examination.queueName);
   if (!queue) {
-    return wrong("there is no queue " + quoted(examination.queueName) + ": " + plain(Spooler::trouble()),
+    return wrong("there is no queue " + inQuotes(examination.queueName) + ": " + plain(Spooler::trouble()),
                  examination.command("lpadmin", "-p " + examination.queueWord() + make));
   }
   examination.queue = *queue;
@@ -31,7 +31,7 @@ Finding checkEnabled(Examination& examination) {
   if (queue.state != IPP_PSTATE_STOPPED) {
     return good(queue.state == IPP_PSTATE_PROCESSING ? "the queue is printing" : "the queue is enabled");
   }
-  const std::string message = queue.message.empty() ? "" : ": " + quoted(queue.message);
+  const std::string message = queue.message.empty() ? "" : ": " + inQuotes(queue.message);
   return wrong("the queue is stopped" + message, examination.command("cupsenable", examination.queueWord()));
 }
 
@@ -52,7 +52,7 @@ Finding checkReasons(Examination& examination) {
     return good(notes.empty() ? "the queue reports no trouble"
                               : "the queue reports nothing that stops a job: " + listed(notes));
   }
-  const std::string message = examination.queue.message.empty() ? "" : ", " + quoted(examination.queue.message);
+  const std::string message = examination.queue.message.empty() ? "" : ", " + inQuotes(examination.queue.message);
   // The spooler looks at the filters only when a queue is changed or made anew, even if nothing changes.
   const bool aboutFilter = troubles.front().starts_with("cups-");
   return wrong("the queue reports " + listed(troubles) + message,

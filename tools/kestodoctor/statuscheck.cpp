@@ -32,7 +32,7 @@ Finding findingOf(const PrinterStatus& status, const std::string& host) {
         "let that port through between here and " + plain(host) + "; jobs are printed all the same, without messages");
   }
   std::vector<std::string> alerts;
-  for (const std::string& alert : status.alerts) alerts.push_back(quoted(alert));
+  for (const std::string& alert : status.alerts) alerts.push_back(inQuotes(alert));
   if (status.errors) return wrong("the printer reports " + listed(alerts), "see to it at the printer");
   if (!alerts.empty()) return good("the printer answers status requests, with a warning: " + listed(alerts));
   return good("the printer answers status requests and reports no error");

@@ -193,7 +193,7 @@ class FilterRun {
     std::string_view rest(text.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     while (!rest.empty()) {
       const std::string_view line = rest.substr(0, rest.find('\n'));
-      if (line.starts_with(START)) return ": " + quoted(line.substr(START.size()));
+      if (line.starts_with(START)) return ": " + inQuotes(line.substr(START.size()));
       rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
     return "";

@@ -25,7 +25,7 @@ std::string plain(std::string_view text) {
   return printableText(text.substr(0, end)) + "...";
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   return '"' + plain(text) + '"';
 }
 

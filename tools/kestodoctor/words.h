@@ -11,7 +11,7 @@ namespace kesto::doctor {
 [[nodiscard]] std::string plain(std::string_view text);
 
 /// The same in quotation marks.
-[[nodiscard]] std::string quoted(std::string_view text);
+[[nodiscard]] std::string inQuotes(std::string_view text);
 
 /// The text as one word of a shell's command line, whatever it holds: a queue's name comes from the spooler, and the
 /// command is there to be copied.

@@ -72,7 +72,7 @@ std::string nameOf(const Row& row) {
   return std::string(known.substr(0, known.find_last_not_of(' ') + 1));
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   constexpr std::size_t ENOUGH = 60;
   return '"' + printable(text.substr(0, ENOUGH)) + (text.size() > ENOUGH ? "..." : "") + '"';
 }
@@ -84,7 +84,7 @@ bool hasControlCharacter(std::string_view text) {
 void checkValue(const Row& row, std::string_view value, std::uint64_t offset) {
   if (hasControlCharacter(value)) throw Fault(offset, "A PJL line holds a control character.");
   if (row.values.empty() || std::ranges::find(row.values, value) != row.values.end()) return;
-  throw Fault(offset, "The PJL line " + nameOf(row) + " has the unknown value " + quoted(value) + ".");
+  throw Fault(offset, "The PJL line " + nameOf(row) + " has the unknown value " + inQuotes(value) + ".");
 }
 
 /// What is left of the end of job from one of its lines on.
@@ -101,7 +101,7 @@ bool PjlHeaderRules::take(const PjlLine& line) {
   auto value = matchPjl(HEADER[row].format, line);
   while (!value && HEADER[row].presence == SOMETIMES) value = matchPjl(HEADER[++row].format, line);
   if (!value) {
-    throw Fault(line.offset, "The PJL line " + quoted(line.text) + " is not the line " + nameOf(HEADER[row]) +
+    throw Fault(line.offset, "The PJL line " + inQuotes(line.text) + " is not the line " + nameOf(HEADER[row]) +
                                  " that belongs here.");
   }
   const std::uint64_t offset = line.offset + static_cast<std::uint64_t>(value->data() - line.text.data());
@@ -150,7 +150,7 @@ bool PjlEndRules::take(const PjlLine& line) {
   const std::string_view due = endFrom(line_);
   const bool last = due.find('\n') == std::string_view::npos;
   const bool matches = last ? !line.terminated && line.text == UNIVERSAL_EXIT : matchPjl(due, line).has_value();
-  if (!matches) throw Fault(line.offset, "The line " + quoted(line.text) + " is not part of the end of job.");
+  if (!matches) throw Fault(line.offset, "The line " + inQuotes(line.text) + " is not part of the end of job.");
   ++line_;
   return last;
 }
