@@ -46,7 +46,7 @@ const std::map<std::string, std::string> MISSED = {
     {"preferred-attributes-supported", "PAPPL 1.3 does not have the attribute"},
     {"print-rendering-intent-default", "the printers know one intent, and PAPPL 1.3 not the attribute"},
     {"print-rendering-intent-supported", "likewise"},
-    {"printer-supply", "supplies are known only while a job is printed"},
+    {"printer-supply", "levels would have to be asked by SNMP, which the application does not do"},
     {"printer-supply-description", "likewise"},
 };
 

@@ -69,7 +69,8 @@ void describeMedia(const Catalogue& catalogue, pappl_pr_driver_data_t& data) {
 
 void describePages(pappl_pr_driver_data_t& data) {
   data.color_supported = PAPPL_COLOR_MODE_AUTO | PAPPL_COLOR_MODE_COLOR | PAPPL_COLOR_MODE_MONOCHROME;
-  data.color_default = PAPPL_COLOR_MODE_AUTO;
+  // A driverless queue of the spooler takes "auto" for grey.
+  data.color_default = PAPPL_COLOR_MODE_COLOR;
   data.raster_types = PAPPL_PWG_RASTER_TYPE_SRGB_8 | PAPPL_PWG_RASTER_TYPE_SGRAY_8;
   data.duplex = PAPPL_DUPLEX_NORMAL;
   data.sides_supported = PAPPL_SIDES_ONE_SIDED | PAPPL_SIDES_TWO_SIDED_LONG_EDGE | PAPPL_SIDES_TWO_SIDED_SHORT_EDGE;
