@@ -16,9 +16,11 @@ case "${1:-build}" in
   *) echo "setup.sh: unknown set of packages '$1'" >&2; exit 2 ;;
 esac
 
+# A library may be there for another architecture too, or for that one alone; only this machine's counts.
+installed="(all|$(dpkg --print-architecture)) installed"
 missing=""
 for package in $packages; do
-  if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then
+  if ! dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null | grep -qxE "$installed"; then
     missing="$missing $package"
   fi
 done
