@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "argumentlist.h"
 #include "bandencoder.h"
 #include "documents.h"
 #include "filter/document/rasterstream.h"
@@ -19,7 +20,6 @@
 #include "filter/strips/strips.h"
 #include "filter/strips/tagplane.h"
 #include "measurements.h"
-#include "support/argumentlist.h"
 #include "support/standardinput.h"
 
 namespace kesto::bench {
@@ -76,7 +76,8 @@ void printPage(RasterStream& stream, const PageGeometry& page, LineStore& lines,
 StageTimes printPages(const Programs& programs, const std::string& raster) {
   std::vector<std::string> arguments{"Bench", "1", "bench", "Benchmark", "1", ""};
   const test::StandardInput restoredAtEnd;
-  const Renderer renderer(REPLAY_SERVERBIN, test::pointers(arguments).data(), programs.replayDocument(raster, PAGES));
+  const Renderer renderer(REPLAY_SERVERBIN, tools::pointersTo(arguments).data(),
+                          programs.replayDocument(raster, PAGES));
   RasterStream stream(renderer);
   if (!stream.readHeader()) throw std::runtime_error("cannot read " + raster);
   const PageGeometry page = geometryOf(*stream.header());

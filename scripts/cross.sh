@@ -26,6 +26,8 @@ cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)" -R '^(base|codec|pclxl|hdc|jobsettings|replay)/'
 
 # The tests of whole jobs are programs of this machine, and so is the renderer that the filter starts.
-printf '#!/bin/sh\nexec %s %s/src/filter/pdftokesto "$@"\n' "$KESTO_EMULATOR" "$build" >"$build/pdftokesto"
-chmod +x "$build/pdftokesto"
+for filter in pdftokesto rastertokesto; do
+  printf '#!/bin/sh\nexec %s %s/src/filter/%s "$@"\n' "$KESTO_EMULATOR" "$build" $filter >"$build/$filter"
+  chmod +x "$build/$filter"
+done
 KESTO_FILTER=$build/pdftokesto build/release/tests/endtoend_test --gtest_filter='GoldenJobs.*' --gtest_brief=1

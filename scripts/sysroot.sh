@@ -1,6 +1,7 @@
 #!/bin/sh
 # Unpacks Debian's libraries for another processor into a folder, beside whatever this system has installed; needs no
-# root. The packages come from the archive that this system uses, and stay in FOLDER.apt.
+# root. The packages come from the archive that this system uses, and stay in FOLDER.apt. Other packages than last time
+# make the folder anew.
 #   scripts/sysroot.sh ARCHITECTURE FOLDER PACKAGE...
 set -eu
 
@@ -8,7 +9,7 @@ architecture=$1
 folder=$2
 shift 2
 state=$(realpath -m "$folder.apt")
-[ -e "$state/complete" ] && exit 0
+[ "$(cat "$state/complete" 2>/dev/null)" = "$*" ] && exit 0
 
 # An apt of its own, which knows of no package that is installed.
 rm -rf "$folder" "$state"
@@ -21,4 +22,4 @@ own_apt() {
 own_apt update >"$state/log"
 own_apt install -y --download-only --no-install-recommends "$@" >>"$state/log"
 for package in "$state"/archives/*.deb; do dpkg-deb -x "$package" "$folder"; done
-touch "$state/complete"
+echo "$*" >"$state/complete"
