@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -76,6 +77,15 @@ bool isLoopback(std::string_view host) {
 [[noreturn]] void fail(const std::string& reason) {
   std::fprintf(stderr, "%s: %s\n", PROGRAM, reason.c_str());
   _exit(EXIT_FAILURE);
+}
+
+/// Lets go of the streams of whoever started this process: a shell that reads what the command writes waits for the end
+/// of all that can still write there.
+void leaveStandardStreams() {
+  const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+  if (nowhere < 0) return;
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
+  close(nowhere);
 }
 
 /// A job that is ready for the printer begins as the filter's jobs do.
@@ -215,9 +225,11 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (open && authentication == "none") {
     fail("without an auth-service only this machine may be listened to, not '" + host + "'");
   }
+  // PAPPL starts a private server for a command that finds none.
+  const bool isPrivate = options.get("private-server") != nullptr;
   // PAPPL 1.3 locks itself out when it begins a new log file and standard error is one that is long already: there it
   // may say nothing before that is switched off.
-  const std::string log = options.get("log-file", "-");
+  const std::string log = options.get("log-file", isPrivate ? setup.spool + "/log" : "-");
   const bool toStandardError = log == "-";
   pappl_system_t* const system =
       papplSystemCreate(PAPPL_SOPTIONS_MULTI_QUEUE | PAPPL_SOPTIONS_WEB_INTERFACE |
@@ -229,7 +241,7 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   papplSystemSetLogLevel(system, found->level);
   if (const char* const group = options.get("admin-group")) papplSystemSetAdminGroup(system, group);
   if (const char* const name = options.get("server-hostname")) papplSystemSetHostName(system, name);
-  if (options.get("private-server") == nullptr && !papplSystemAddListeners(system, host.c_str())) {
+  if (!isPrivate && !papplSystemAddListeners(system, host.c_str())) {
     fail("'" + host + "' port " + portText + " cannot be listened to");
   }
   pappl_version_t numbers = version();
@@ -247,6 +259,7 @@ pappl_system_t* makeSystem(int optionCount, cups_option_t* optionList, void* dat
   if (!open) papplSystemSetDNSSDName(system, nullptr);
   watchForEnd(system);
   static const AlertWatch watch(setup.catalogue);
+  if (isPrivate) leaveStandardStreams();
   return system;
 }
 

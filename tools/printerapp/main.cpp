@@ -1,13 +1,17 @@
 // kesto-printer-app: an IPP Everywhere printer for phones, other systems and spoolers without drivers.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <pappl/pappl.h>
+#include <unistd.h>
 
 #include "printerapp/application.h"
 #include "printerapp/printerline.h"
@@ -32,6 +36,23 @@ void nameCopies(std::span<char*> arguments) {
   }
 }
 
+/// The first argument as a path. PAPPL starts the server for the other commands by it, and does not look in PATH.
+char* programPath(char* name) {
+  static std::string path;
+  std::error_code unknown;
+  if (std::string_view(name).find('/') == std::string_view::npos) {
+    path = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  }
+  return path.empty() ? name : path.data();
+}
+
+/// Lets a command end with the server that PAPPL has started for it: PAPPL waits for ever for one that has said why it
+/// cannot start.
+void endWithPrivateServer(std::span<char*> arguments) {
+  if (std::ranges::find(arguments, std::string_view("server")) != arguments.end()) return;
+  signal(SIGCHLD, [](int) { _exit(EXIT_FAILURE); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -48,7 +69,10 @@ int main(int argc, char** argv) {
   setup.testPage = data + "/testpage.pdf";
   signal(SIGPIPE, SIG_IGN);  // a printer or a filter that goes away is an error of one write
   addSocketScheme();
-  nameCopies({argv, static_cast<std::size_t>(argc)});
+  const std::span arguments(argv, static_cast<std::size_t>(argc));
+  if (!arguments.empty()) arguments[0] = programPath(arguments[0]);
+  nameCopies(arguments);
+  endWithPrivateServer(arguments);
   const auto drivers = driverList(setup);
   return papplMainloop(argc, argv, KESTO_VERSION, "Kesto Printer Application " KESTO_VERSION,
                        static_cast<int>(drivers.size()), drivers.data(), chooseDriver, describeDriver, nullptr, nullptr,
