@@ -17,7 +17,7 @@
 namespace kesto::printer {
 
 /// Objects by name, each with its value as a BER element. In this order they are walked through.
-using ObjectTable = std::map<Oid, Bytes>;
+using ObjectTable = std::map<Oid, Bytes, OidOrder>;
 
 enum SnmpPdu : std::uint8_t { SNMP_GET = 0xA0, SNMP_GET_NEXT = 0xA1, SNMP_RESPONSE = 0xA2 };
 enum SnmpError : std::int32_t { SNMP_NO_ERROR = 0, SNMP_TOO_BIG = 1, SNMP_NO_SUCH_NAME = 2 };
